@@ -1,0 +1,293 @@
+#include "ResultColumn.h"
+
+#include <QDate>
+#include <QDateTime>
+#include <QTime>
+#include <cstring>
+
+namespace {
+
+constexpr size_t FirstBlock = 16 * 1024;
+constexpr size_t LargestBlock = 4 * 1024 * 1024;
+constexpr int OffsetBits = 40;
+constexpr quint64 OffsetMask = (quint64(1) << OffsetBits) - 1;
+
+quint64 realBits(double value)
+{
+    quint64 bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    return bits;
+}
+
+QByteArray numberText(ResultStorage storage, quint64 slot)
+{
+    if (storage == ResultStorage::Integer)
+        return QByteArray::number(qint64(slot));
+    double value;
+    std::memcpy(&value, &slot, sizeof value);
+    return QByteArray::number(value, 'g', 17);
+}
+
+} // namespace
+
+ResultColumn::ResultColumn(QString name, QString typeName, QMetaType::Type logicalType)
+    : m_name(std::move(name)), m_typeName(std::move(typeName)), m_logicalType(logicalType)
+{
+}
+
+void ResultColumn::reserve(qint64 rows)
+{
+    m_slots.reserve(size_t(rows));
+    m_nulls.reserve(size_t((rows + 63) / 64));
+}
+
+void ResultColumn::appendSlot(quint64 slot, bool null)
+{
+    if ((m_rows & 63) == 0)
+        m_nulls.push_back(0);
+    if (null)
+        m_nulls.back() |= quint64(1) << (m_rows & 63);
+    m_slots.push_back(slot);
+    ++m_rows;
+}
+
+quint64 ResultColumn::currentEnd() const
+{
+    if (m_blocks.empty())
+        return 0;
+    return (quint64(m_blocks.size() - 1) << OffsetBits) | m_blocks.back().used;
+}
+
+void ResultColumn::appendNull()
+{
+    const bool text = m_storage == ResultStorage::Text || m_storage == ResultStorage::Bytes;
+    appendSlot(text ? currentEnd() : 0, true);
+}
+
+void ResultColumn::appendInt(qint64 value)
+{
+    switch (m_storage) {
+    case ResultStorage::Empty:
+        m_storage = ResultStorage::Integer;
+        [[fallthrough]];
+    case ResultStorage::Integer:
+        appendSlot(quint64(value), false);
+        return;
+    case ResultStorage::Real:
+        appendSlot(realBits(double(value)), false);
+        return;
+    case ResultStorage::Text:
+    case ResultStorage::Bytes: {
+        const QByteArray text = QByteArray::number(value);
+        appendSlot(storeBytes(text.constData(), size_t(text.size())), false);
+        return;
+    }
+    }
+}
+
+void ResultColumn::appendReal(double value)
+{
+    switch (m_storage) {
+    case ResultStorage::Empty:
+    case ResultStorage::Integer:
+        widenTo(ResultStorage::Real);
+        [[fallthrough]];
+    case ResultStorage::Real:
+        appendSlot(realBits(value), false);
+        return;
+    case ResultStorage::Text:
+    case ResultStorage::Bytes: {
+        const QByteArray text = QByteArray::number(value, 'g', 17);
+        appendSlot(storeBytes(text.constData(), size_t(text.size())), false);
+        return;
+    }
+    }
+}
+
+void ResultColumn::appendText(const char *utf8, size_t size)
+{
+    if (m_storage != ResultStorage::Text && m_storage != ResultStorage::Bytes)
+        widenTo(ResultStorage::Text);
+    appendSlot(storeBytes(utf8, size), false);
+}
+
+void ResultColumn::appendBytes(const char *data, size_t size)
+{
+    if (m_storage != ResultStorage::Bytes)
+        widenTo(ResultStorage::Bytes);
+    appendSlot(storeBytes(data, size), false);
+}
+
+void ResultColumn::appendVariant(const QVariant &value)
+{
+    if (value.isNull()) {
+        appendNull();
+        return;
+    }
+    switch (value.metaType().id()) {
+    case QMetaType::Bool:
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::Long:
+    case QMetaType::LongLong:
+    case QMetaType::Short:
+    case QMetaType::UShort:
+    case QMetaType::Char:
+    case QMetaType::SChar:
+    case QMetaType::UChar:
+        appendInt(value.toLongLong());
+        return;
+    case QMetaType::ULongLong:
+    case QMetaType::ULong:
+        if (value.toULongLong() <= quint64(std::numeric_limits<qint64>::max()))
+            appendInt(value.toLongLong());
+        else
+            appendText(value.toByteArray().constData(), size_t(value.toByteArray().size()));
+        return;
+    case QMetaType::Double:
+    case QMetaType::Float:
+        appendReal(value.toDouble());
+        return;
+    case QMetaType::QByteArray: {
+        const QByteArray bytes = value.toByteArray();
+        appendBytes(bytes.constData(), size_t(bytes.size()));
+        return;
+    }
+    case QMetaType::QDate:
+        return appendVariant(value.toDate().toString(Qt::ISODate));
+    case QMetaType::QTime:
+        return appendVariant(value.toTime().toString(Qt::ISODateWithMs));
+    case QMetaType::QDateTime:
+        return appendVariant(value.toDateTime().toString(Qt::ISODateWithMs));
+    default: {
+        const QByteArray text = value.toString().toUtf8();
+        appendText(text.constData(), size_t(text.size()));
+        return;
+    }
+    }
+}
+
+quint64 ResultColumn::storeBytes(const char *data, size_t size)
+{
+    if (m_blocks.empty() || m_blocks.back().capacity - m_blocks.back().used < size) {
+        const size_t next = m_blocks.empty() ? FirstBlock
+                                             : std::min(LargestBlock, m_blocks.back().capacity * 2);
+        Block block;
+        block.capacity = std::max(next, size);
+        block.data.reset(new char[block.capacity]);
+        m_blocks.push_back(std::move(block));
+    }
+    Block &block = m_blocks.back();
+    if (size)
+        std::memcpy(block.data.get() + block.used, data, size);
+    block.used += size;
+    return currentEnd();
+}
+
+void ResultColumn::widenTo(ResultStorage storage)
+{
+    if (m_storage == storage)
+        return;
+    if (m_storage == ResultStorage::Empty) {
+        // Every slot so far is a NULL: numbers keep 0, texts need the empty locator 0 as well.
+        m_storage = storage;
+        return;
+    }
+    if (storage == ResultStorage::Real && m_storage == ResultStorage::Integer) {
+        for (quint64 &slot : m_slots)
+            slot = realBits(double(qint64(slot)));
+        m_storage = storage;
+        return;
+    }
+    if (m_storage == ResultStorage::Text && storage == ResultStorage::Bytes) {
+        m_storage = storage;
+        return;
+    }
+    // Numbers become texts: rebuild the slots as arena locators.
+    std::vector<quint64> numbers;
+    numbers.swap(m_slots);
+    m_slots.reserve(numbers.capacity());
+    const ResultStorage old = m_storage;
+    for (qint64 row = 0; row < m_rows; ++row) {
+        if (isNull(row)) {
+            m_slots.push_back(currentEnd());
+        } else {
+            const QByteArray text = numberText(old, numbers[size_t(row)]);
+            m_slots.push_back(storeBytes(text.constData(), size_t(text.size())));
+        }
+    }
+    m_storage = storage;
+}
+
+double ResultColumn::realAt(qint64 row) const
+{
+    if (m_storage == ResultStorage::Integer)
+        return double(intAt(row));
+    double value;
+    std::memcpy(&value, &m_slots[size_t(row)], sizeof value);
+    return value;
+}
+
+std::string_view ResultColumn::bytesAt(qint64 row) const
+{
+    const quint64 slot = m_slots[size_t(row)];
+    const size_t block = size_t(slot >> OffsetBits);
+    const size_t end = size_t(slot & OffsetMask);
+    size_t begin = 0;
+    if (row > 0 && size_t(m_slots[size_t(row - 1)] >> OffsetBits) == block)
+        begin = size_t(m_slots[size_t(row - 1)] & OffsetMask);
+    if (end == begin)
+        return {};
+    return std::string_view(m_blocks[block].data.get() + begin, end - begin);
+}
+
+QVariant ResultColumn::value(qint64 row) const
+{
+    if (isNull(row))
+        return QVariant(QMetaType(m_logicalType == QMetaType::UnknownType ? int(QMetaType::QString)
+                                                                          : int(m_logicalType)));
+    switch (m_storage) {
+    case ResultStorage::Empty:
+        return {};
+    case ResultStorage::Integer:
+        if (m_logicalType == QMetaType::Bool)
+            return QVariant(intAt(row) != 0);
+        return QVariant(intAt(row));
+    case ResultStorage::Real:
+        return QVariant(realAt(row));
+    case ResultStorage::Bytes: {
+        const std::string_view bytes = bytesAt(row);
+        return QVariant(QByteArray(bytes.data(), qsizetype(bytes.size())));
+    }
+    case ResultStorage::Text:
+        break;
+    }
+    const std::string_view text = bytesAt(row);
+    const QString string = QString::fromUtf8(text.data(), qsizetype(text.size()));
+    switch (m_logicalType) {
+    case QMetaType::QDate: {
+        const QDate date = QDate::fromString(string, Qt::ISODate);
+        return date.isValid() ? QVariant(date) : QVariant(string);
+    }
+    case QMetaType::QDateTime: {
+        const QDateTime stamp = QDateTime::fromString(string, Qt::ISODateWithMs);
+        return stamp.isValid() ? QVariant(stamp) : QVariant(string);
+    }
+    default:
+        return QVariant(string);
+    }
+}
+
+void ResultColumn::finish()
+{
+    m_slots.shrink_to_fit();
+    m_nulls.shrink_to_fit();
+}
+
+size_t ResultColumn::memoryBytes() const
+{
+    size_t bytes = m_slots.capacity() * sizeof(quint64) + m_nulls.capacity() * sizeof(quint64);
+    for (const Block &block : m_blocks)
+        bytes += block.capacity;
+    return bytes + sizeof(*this);
+}
