@@ -30,6 +30,26 @@ QByteArray numberText(ResultStorage storage, quint64 slot)
 
 } // namespace
 
+bool resultIsNull(const QVariant &value)
+{
+    if (!value.isValid() || value.isNull())
+        return true;
+    switch (value.metaType().id()) {
+    case QMetaType::QString:
+        return value.toString().isNull();
+    case QMetaType::QByteArray:
+        return value.toByteArray().isNull();
+    case QMetaType::QDate:
+        return value.toDate().isNull();
+    case QMetaType::QTime:
+        return value.toTime().isNull();
+    case QMetaType::QDateTime:
+        return value.toDateTime().isNull();
+    default:
+        return false;
+    }
+}
+
 ResultColumn::ResultColumn(QString name, QString typeName, QMetaType::Type logicalType)
     : m_name(std::move(name)), m_typeName(std::move(typeName)), m_logicalType(logicalType)
 {
@@ -41,8 +61,16 @@ void ResultColumn::reserve(qint64 rows)
     m_nulls.reserve(size_t((rows + 63) / 64));
 }
 
-void ResultColumn::appendSlot(quint64 slot, bool null)
+void ResultColumn::startKinds(ResultStorage existing)
 {
+    if (m_kinds.empty())
+        m_kinds.assign(size_t(m_rows), existing);
+}
+
+void ResultColumn::appendSlot(quint64 slot, bool null, ResultStorage kind)
+{
+    if (!m_kinds.empty())
+        m_kinds.push_back(kind);
     if ((m_rows & 63) == 0)
         m_nulls.push_back(0);
     if (null)
@@ -61,7 +89,7 @@ quint64 ResultColumn::currentEnd() const
 void ResultColumn::appendNull()
 {
     const bool text = m_storage == ResultStorage::Text || m_storage == ResultStorage::Bytes;
-    appendSlot(text ? currentEnd() : 0, true);
+    appendSlot(text ? currentEnd() : 0, true, ResultStorage::Empty);
 }
 
 void ResultColumn::appendInt(qint64 value)
@@ -71,15 +99,16 @@ void ResultColumn::appendInt(qint64 value)
         m_storage = ResultStorage::Integer;
         [[fallthrough]];
     case ResultStorage::Integer:
-        appendSlot(quint64(value), false);
+        appendSlot(quint64(value), false, ResultStorage::Integer);
         return;
     case ResultStorage::Real:
-        appendSlot(realBits(double(value)), false);
+        appendSlot(realBits(double(value)), false, ResultStorage::Real);
         return;
     case ResultStorage::Text:
     case ResultStorage::Bytes: {
+        startKinds(m_storage);
         const QByteArray text = QByteArray::number(value);
-        appendSlot(storeBytes(text.constData(), size_t(text.size())), false);
+        appendSlot(storeBytes(text.constData(), size_t(text.size())), false, ResultStorage::Integer);
         return;
     }
     }
@@ -93,12 +122,13 @@ void ResultColumn::appendReal(double value)
         widenTo(ResultStorage::Real);
         [[fallthrough]];
     case ResultStorage::Real:
-        appendSlot(realBits(value), false);
+        appendSlot(realBits(value), false, ResultStorage::Real);
         return;
     case ResultStorage::Text:
     case ResultStorage::Bytes: {
+        startKinds(m_storage);
         const QByteArray text = QByteArray::number(value, 'g', 17);
-        appendSlot(storeBytes(text.constData(), size_t(text.size())), false);
+        appendSlot(storeBytes(text.constData(), size_t(text.size())), false, ResultStorage::Real);
         return;
     }
     }
@@ -106,21 +136,25 @@ void ResultColumn::appendReal(double value)
 
 void ResultColumn::appendText(const char *utf8, size_t size)
 {
-    if (m_storage != ResultStorage::Text && m_storage != ResultStorage::Bytes)
+    if (m_storage == ResultStorage::Bytes)
+        startKinds(ResultStorage::Bytes);
+    else if (m_storage != ResultStorage::Text)
         widenTo(ResultStorage::Text);
-    appendSlot(storeBytes(utf8, size), false);
+    appendSlot(storeBytes(utf8, size), false, ResultStorage::Text);
 }
 
 void ResultColumn::appendBytes(const char *data, size_t size)
 {
+    if (m_storage == ResultStorage::Text)
+        startKinds(ResultStorage::Text);
     if (m_storage != ResultStorage::Bytes)
         widenTo(ResultStorage::Bytes);
-    appendSlot(storeBytes(data, size), false);
+    appendSlot(storeBytes(data, size), false, ResultStorage::Bytes);
 }
 
 void ResultColumn::appendVariant(const QVariant &value)
 {
-    if (value.isNull()) {
+    if (resultIsNull(value)) {
         appendNull();
         return;
     }
@@ -203,7 +237,8 @@ void ResultColumn::widenTo(ResultStorage storage)
         m_storage = storage;
         return;
     }
-    // Numbers become texts: rebuild the slots as arena locators.
+    // Numbers become texts: rebuild the slots as arena locators, remembering they were numbers.
+    startKinds(m_storage);
     std::vector<quint64> numbers;
     numbers.swap(m_slots);
     m_slots.reserve(numbers.capacity());
@@ -216,7 +251,7 @@ void ResultColumn::widenTo(ResultStorage storage)
             m_slots.push_back(storeBytes(text.constData(), size_t(text.size())));
         }
     }
-    m_storage = storage;
+    m_storage = storage == ResultStorage::Bytes ? ResultStorage::Bytes : ResultStorage::Text;
 }
 
 double ResultColumn::realAt(qint64 row) const
@@ -246,7 +281,13 @@ QVariant ResultColumn::value(qint64 row) const
     if (isNull(row))
         return QVariant(QMetaType(m_logicalType == QMetaType::UnknownType ? int(QMetaType::QString)
                                                                           : int(m_logicalType)));
-    switch (m_storage) {
+    const ResultStorage kind = m_kinds.empty() ? m_storage : m_kinds[size_t(row)];
+    if (!m_kinds.empty() && (kind == ResultStorage::Integer || kind == ResultStorage::Real)) {
+        const std::string_view text = bytesAt(row);
+        const QByteArray number = QByteArray::fromRawData(text.data(), qsizetype(text.size()));
+        return kind == ResultStorage::Integer ? QVariant(number.toLongLong()) : QVariant(number.toDouble());
+    }
+    switch (kind) {
     case ResultStorage::Empty:
         return {};
     case ResultStorage::Integer:
@@ -257,13 +298,15 @@ QVariant ResultColumn::value(qint64 row) const
         return QVariant(realAt(row));
     case ResultStorage::Bytes: {
         const std::string_view bytes = bytesAt(row);
-        return QVariant(QByteArray(bytes.data(), qsizetype(bytes.size())));
+        return QVariant(bytes.empty() ? QByteArray("") : QByteArray(bytes.data(), qsizetype(bytes.size())));
     }
     case ResultStorage::Text:
         break;
     }
     const std::string_view text = bytesAt(row);
-    const QString string = QString::fromUtf8(text.data(), qsizetype(text.size()));
+    // An empty text must stay a non-null QString, or the drivers would bind it as NULL.
+    const QString string = text.empty() ? QStringLiteral("")
+                                        : QString::fromUtf8(text.data(), qsizetype(text.size()));
     switch (m_logicalType) {
     case QMetaType::QDate: {
         const QDate date = QDate::fromString(string, Qt::ISODate);
@@ -282,11 +325,13 @@ void ResultColumn::finish()
 {
     m_slots.shrink_to_fit();
     m_nulls.shrink_to_fit();
+    m_kinds.shrink_to_fit();
 }
 
 size_t ResultColumn::memoryBytes() const
 {
-    size_t bytes = m_slots.capacity() * sizeof(quint64) + m_nulls.capacity() * sizeof(quint64);
+    size_t bytes = m_slots.capacity() * sizeof(quint64) + m_nulls.capacity() * sizeof(quint64)
+                   + m_kinds.capacity();
     for (const Block &block : m_blocks)
         bytes += block.capacity;
     return bytes + sizeof(*this);

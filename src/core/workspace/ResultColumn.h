@@ -8,8 +8,13 @@
 #include <string_view>
 #include <vector>
 
+// True for NULL in every form a value can take: an invalid or null QVariant, and also a null
+// QString, QByteArray or date, which the Qt SQL drivers bind as NULL. An empty text is not NULL.
+bool resultIsNull(const QVariant &value);
+
 // How a column keeps its values. A column starts Empty (only NULLs seen) and takes the kind of
-// its first value; a later value of another kind widens it (Integer -> Real -> Text -> Bytes).
+// its first value; a later value of another kind widens it (Integer -> Real -> Text -> Bytes),
+// remembering the kind of each value once numbers and texts mix.
 enum class ResultStorage : quint8 { Empty, Integer, Real, Text, Bytes };
 
 // One column of a result, stored columnar: one 64-bit slot per row (the integer, the bits of the
@@ -50,7 +55,8 @@ public:
     size_t memoryBytes() const;
 
 private:
-    void appendSlot(quint64 slot, bool null);
+    void appendSlot(quint64 slot, bool null, ResultStorage kind);
+    void startKinds(ResultStorage existing);
     void widenTo(ResultStorage storage);
     quint64 storeBytes(const char *data, size_t size);
     quint64 currentEnd() const;
@@ -63,6 +69,9 @@ private:
     qint64 m_rows = 0;
     std::vector<quint64> m_slots;
     std::vector<quint64> m_nulls;
+    // Kind of each value, kept only once a text column also received numbers or bytes (SQLite
+    // lets every value have its own type); the value is then handed back with its own type.
+    std::vector<ResultStorage> m_kinds;
     // Arena blocks; a slot of a text column holds (block << 40) | end offset, and the text begins
     // where the previous row's text ended in the same block, or at 0 in a new block.
     struct Block

@@ -63,7 +63,7 @@ bool ResultTable::isNull(qint64 row, int col) const
 {
     if (!isInserted(row) && m_pending.isEmpty() && m_committed.isEmpty())
         return m_columns[size_t(col)].isNull(row);
-    return value(row, col).isNull();
+    return resultIsNull(value(row, col));
 }
 
 bool ResultTable::isChanged(qint64 row, int col) const
@@ -120,8 +120,8 @@ void ResultTable::setValue(qint64 row, int col, const QVariant &value)
     checkEditable(row);
     const quint64 key = cellKey(row, col);
     const QVariant stored = storedValue(row, col);
-    const bool same = stored.isNull() == value.isNull()
-                      && (value.isNull() || stored == value);
+    const bool null = resultIsNull(value);
+    const bool same = resultIsNull(stored) == null && (null || stored == value);
     const bool wasPending = m_pending.contains(key);
     if (same) {
         if (wasPending) {

@@ -54,7 +54,7 @@ ResultWriteBack::Where ResultWriteBack::locate(const ResultTable &result, qint64
     QStringList terms;
     for (int col = 0; col < result.columnCount(); ++col) {
         const QVariant value = result.storedValue(row, col);
-        if (value.isNull()) {
+        if (resultIsNull(value)) {
             terms << field(result, col) + QStringLiteral(" IS NULL");
         } else {
             terms << field(result, col) + QStringLiteral(" = ?");
@@ -128,7 +128,7 @@ void ResultWriteBack::insert(ResultTable &result, qint64 row)
     // NULL columns are left out so the table's defaults (serials, defaults) fill them.
     for (int col = 0; col < result.columnCount(); ++col) {
         const QVariant value = result.value(row, col);
-        if (value.isNull())
+        if (resultIsNull(value))
             continue;
         fields << field(result, col);
         marks << QStringLiteral("?");
