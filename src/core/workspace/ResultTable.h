@@ -42,6 +42,14 @@ public:
     bool isChanged(qint64 row, int col) const;
     QList<int> changedColumns(qint64 row) const;
 
+    // True when some cell of the table no longer shows its fetched value (edits, inserted rows);
+    // lets sorting and filtering read the columns directly while there are none.
+    bool hasOverrides() const { return !m_pending.isEmpty() || !m_committed.isEmpty() || !m_inserted.empty(); }
+    bool isOverridden(qint64 row, int col) const
+    {
+        return isInserted(row) || m_pending.contains(cellKey(row, col)) || m_committed.contains(cellKey(row, col));
+    }
+
     RowState rowState(qint64 row) const;
     bool isDeleted(qint64 row) const { return m_deleted.contains(row); }
     QList<qint64> pendingRows() const;
