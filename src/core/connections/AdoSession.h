@@ -8,6 +8,12 @@
 // The connection time-out of the ADO path, in seconds, when the record gives none.
 constexpr int kAdoConnectionTimeoutSeconds = 50;
 
+// The database name to hand Qt's ODBC driver for an ODBC connection string. The driver passes a
+// name holding "DRIVER=" or "SERVER=" on as it stands but puts "DSN=" (or "FILEDSN=" for a ".dsn"
+// name) in front of anything else, so that keyword is taken off here. "UID=" and "PWD=" with
+// empty values are dropped, so that a data source's stored login applies when the record has none.
+QString qodbcDatabaseName(const QString &odbcConnectionString);
+
 class AdoSession : public QtSqlSession
 {
 public:

@@ -221,8 +221,9 @@ QString Connection::driverConnect(const QString &connectionString, const QString
 void Connection::connect(const QString &dsn, const QString &user, const QString &password)
 {
     auto d = toSqlW(dsn), u = toSqlW(user), p = toSqlW(password);
-    const SQLRETURN rc = api().SQLConnectW(m_dbc, d.get(), lengthOf(dsn), u.get(), lengthOf(user), p.get(),
-                                           lengthOf(password));
+    // An empty login is passed as none, so the data source's stored login applies.
+    const SQLRETURN rc = api().SQLConnectW(m_dbc, d.get(), lengthOf(dsn), user.isEmpty() ? nullptr : u.get(),
+                                           lengthOf(user), password.isEmpty() ? nullptr : p.get(), lengthOf(password));
     if (!succeeded(rc))
         throw VantryError(errorText(QStringLiteral("SQLConnect Failed:"), SQL_HANDLE_DBC, m_dbc));
     m_connected = true;
