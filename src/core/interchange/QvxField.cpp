@@ -369,8 +369,10 @@ void TQwField::ReadField(TvtrFileReader &reader)
     switch (Type)
     {
     case TQvxFieldType::QVX_SIGNED_INTEGER:
+        // 8-bit values are held as 16-bit numbers: Qt's 8-bit variant types convert to text as
+        // characters, and these values must read as numbers everywhere.
         if (width == 1)
-            m_value = QVariant::fromValue(qint8(reader.ReadByte()));
+            m_value = QVariant::fromValue(qint16(qint8(reader.ReadByte())));
         else if (width == 2)
             m_value = QVariant::fromValue(ReadLittleEndian<qint16>(reader));
         else if (width == 4)
@@ -380,7 +382,7 @@ void TQwField::ReadField(TvtrFileReader &reader)
         break;
     case TQvxFieldType::QVX_UNSIGNED_INTEGER:
         if (width == 1)
-            m_value = QVariant::fromValue(quint8(reader.ReadByte()));
+            m_value = QVariant::fromValue(quint16(reader.ReadByte()));
         else if (width == 2)
             m_value = QVariant::fromValue(ReadLittleEndian<quint16>(reader));
         else if (width == 4)
