@@ -1,0 +1,148 @@
+#include "app/MdmUn.h"
+
+#include "app/CatalogueSchema.h"
+#include "app/SqlExec.h"
+#include "app/SqlHistory.h"
+#include "app/StampColumns.h"
+#include "app/VantryError.h"
+
+#include <QAtomicInt>
+#include <QFileInfo>
+#include <QSqlQuery>
+#include <QSqlRecord>
+#include <climits>
+
+namespace {
+
+QAtomicInt g_connectionCounter;
+
+ConnectionRow readConnection(const QSqlQuery &q)
+{
+    const QSqlRecord r = q.record();
+    ConnectionRow row;
+    row.connectionId = q.value(r.indexOf(QStringLiteral("CONNECTION_ID"))).toLongLong();
+    row.objectId = q.value(r.indexOf(QStringLiteral("OBJECT_ID")));
+    row.connectionName = q.value(r.indexOf(QStringLiteral("CONNECTION_NAME"))).toString();
+    row.connectionParameters = q.value(r.indexOf(QStringLiteral("CONNECTION_PARAMETERS"))).toByteArray();
+    row.connectionComments = q.value(r.indexOf(QStringLiteral("CONNECTION_COMMENTS"))).toByteArray();
+    row.stamps = StampColumns::read(q);
+    row.connectionType = q.value(r.indexOf(QStringLiteral("CONNECTION_TYPE"))).toInt();
+    return row;
+}
+
+} // namespace
+
+TMdm::TMdm(const QString &catalogueFile)
+    : m_fileName(catalogueFile),
+      m_connectionName(QStringLiteral("vantry-catalogue-%1").arg(g_connectionCounter.fetchAndAddOrdered(1)))
+{
+    open();
+    m_history = std::make_unique<SqlHistory>(m_db, [this] { return GetID(CatalogueSchema::kHistoryIdType); });
+}
+
+TMdm::~TMdm()
+{
+    m_history.reset();
+    m_db.close();
+    m_db = QSqlDatabase();
+    QSqlDatabase::removeDatabase(m_connectionName);
+}
+
+void TMdm::open()
+{
+    const bool existed = QFileInfo::exists(m_fileName);
+    if (existed && !QFileInfo(m_fileName).isFile())
+        throw VantryError(QStringLiteral("The catalogue \"%1\" is not a file.").arg(m_fileName));
+
+    m_db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connectionName);
+    m_db.setDatabaseName(m_fileName);
+    // Another Vantry sharing the file may hold the write lock for a moment: wait for it.
+    m_db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=30000"));
+    if (!m_db.open())
+        throw VantryError(QStringLiteral("Cannot open the catalogue \"%1\": %2").arg(m_fileName, m_db.lastError().text()));
+
+    if (existed)
+        CatalogueSchema::validate(m_db, m_fileName);
+    else
+        createNew();
+}
+
+void TMdm::createNew()
+{
+    CatalogueSchema::create(m_db);
+}
+
+int TMdm::GetID(int idType)
+{
+    qint64 id = 0;
+    SqlExec::transaction(m_db, [&] {
+        QSqlQuery update = SqlExec::run(m_db, QStringLiteral("update id_generator set ID = ID + 1 where ID_TYPE = ?"),
+                                        {idType});
+        if (update.numRowsAffected() != 1)
+            throw VantryError(QStringLiteral("The catalogue has no id_generator row for id type %1.").arg(idType));
+        QSqlQuery read = SqlExec::run(m_db, QStringLiteral("select ID from id_generator where ID_TYPE = ?"), {idType});
+        read.next();
+        bool ok = false;
+        id = read.value(0).toString().toLongLong(&ok);
+        if (!ok || id > INT_MAX || id < INT_MIN)
+            throw VantryError(QStringLiteral("The id \"%1\" of id type %2 is not a valid 32-bit integer.")
+                                  .arg(read.value(0).toString())
+                                  .arg(idType));
+    });
+    return int(id);
+}
+
+QList<ConnectionRow> TMdm::connections()
+{
+    QList<ConnectionRow> rows;
+    QSqlQuery q = SqlExec::run(m_db, QStringLiteral("select * from CONNECTIONS order by CONNECTION_ID"));
+    while (q.next())
+        rows.append(readConnection(q));
+    return rows;
+}
+
+std::optional<ConnectionRow> TMdm::connection(qint64 connectionId)
+{
+    QSqlQuery q = SqlExec::run(m_db, QStringLiteral("select * from CONNECTIONS where CONNECTION_ID = ?"), {connectionId});
+    if (!q.next())
+        return std::nullopt;
+    return readConnection(q);
+}
+
+void TMdm::postConnection(ConnectionRow &row)
+{
+    const bool inserting = row.isNew();
+    const qint64 id = inserting ? GetID(CatalogueSchema::kConnectionIdType) : row.connectionId;
+    const QVariant params = row.connectionParameters.isNull() ? QVariant(QMetaType(QMetaType::QByteArray))
+                                                              : QVariant(row.connectionParameters);
+    const QVariant comments = row.connectionComments.isNull() ? QVariant(QMetaType(QMetaType::QByteArray))
+                                                              : QVariant(row.connectionComments);
+    const QVariant created = StampColumns::toColumn(row.stamps.created);
+    const QVariant changed = StampColumns::toColumn(row.stamps.changed);
+    if (inserting) {
+        SqlExec::run(m_db,
+                     QStringLiteral("insert into CONNECTIONS (CONNECTION_ID, OBJECT_ID, CONNECTION_NAME, "
+                                    "CONNECTION_PARAMETERS, CONNECTION_COMMENTS, CREATED, CREATED_BY, CHANGED, "
+                                    "CHANGED_BY, CONNECTION_TYPE) values (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+                     {id, row.objectId, row.connectionName, params, comments, created, row.stamps.createdBy, changed,
+                      row.stamps.changedBy, row.connectionType});
+    } else {
+        QSqlQuery q = SqlExec::run(
+            m_db,
+            QStringLiteral("update CONNECTIONS set OBJECT_ID = ?, CONNECTION_NAME = ?, CONNECTION_PARAMETERS = ?, "
+                           "CONNECTION_COMMENTS = ?, CREATED = ?, CREATED_BY = ?, CHANGED = ?, CHANGED_BY = ?, "
+                           "CONNECTION_TYPE = ? where CONNECTION_ID = ?"),
+            {row.objectId, row.connectionName, params, comments, created, row.stamps.createdBy, changed,
+             row.stamps.changedBy, row.connectionType, id});
+        if (q.numRowsAffected() != 1)
+            throw VantryError(QStringLiteral("The connection \"%1\" (id %2) no longer exists in the catalogue.")
+                                  .arg(row.connectionName)
+                                  .arg(id));
+    }
+    row.connectionId = id;
+}
+
+void TMdm::deleteConnection(qint64 connectionId)
+{
+    SqlExec::run(m_db, QStringLiteral("delete from CONNECTIONS where CONNECTION_ID = ?"), {connectionId});
+}

@@ -1,0 +1,15 @@
+#include "app/RowStamps.h"
+
+#include "app/LogonUser.h"
+
+void stampCreated(RowStamps &stamps)
+{
+    stamps.createdBy = LogonUser::name();
+    stamps.created = QDateTime::currentDateTime();
+}
+
+void stampChanged(RowStamps &stamps)
+{
+    stamps.changedBy = LogonUser::name();
+    stamps.changed = QDateTime::currentDateTime();
+}

@@ -1,0 +1,286 @@
+#include "app/MUn.h"
+
+#include "app/About.h"
+#include "app/MainActions.h"
+#include "app/SettingsStore.h"
+#include "app/StatusMessage.h"
+#include "connections/OdbcAdministrator.h"
+#include "workspace/ConnectionList.h"
+#include "workspace/SqlUn.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QDesktopServices>
+#include <QLabel>
+#include <QMenuBar>
+#include <QStatusBar>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QToolBar>
+#include <QToolButton>
+#include <QUrl>
+#include <QVBoxLayout>
+
+namespace {
+const QString kPlacementPath = QStringLiteral("P\\");
+// The View items whose check marks the window keeps between runs.
+const char *const kStoredChecks[] = {"Log1", "SystemTables1", "Conenctions1", "SqlStatement1"};
+} // namespace
+
+TMFrm::TMFrm(const AppServices &services, QWidget *parent)
+    : QMainWindow(parent), m_services(services)
+{
+    setObjectName(QStringLiteral("MFrm"));
+    setWindowTitle(QStringLiteral("Vantry"));
+    createActions();
+    createMenu();
+    createStatusBar();
+
+    PC = new QTabWidget(this);
+    PC->setObjectName(QStringLiteral("PC"));
+    PC->setTabsClosable(true);
+    PC->setMovable(true);
+    PC->setDocumentMode(true);
+    auto *addTab = new QToolButton(PC);
+    addTab->setObjectName(QStringLiteral("PCInsertPage"));
+    addTab->setText(QStringLiteral("+"));
+    addTab->setToolTip(QStringLiteral("Insert new page"));
+    addTab->setAutoRaise(true);
+    connect(addTab, &QToolButton::clicked, this, &TMFrm::AddPage);
+    PC->setCornerWidget(addTab, Qt::TopRightCorner);
+    connect(PC, &QTabWidget::currentChanged, this, &TMFrm::PCChange);
+    connect(PC, &QTabWidget::tabCloseRequested, this, &TMFrm::PCClosePage);
+    setCentralWidget(PC);
+
+    restorePlacement();
+}
+
+TMFrm::~TMFrm()
+{
+    FormDestroy();
+}
+
+void TMFrm::createActions()
+{
+    for (const MainActionSpec &spec : mainActionSpecs()) {
+        auto *a = new QAction(QString::fromLatin1(spec.caption), this);
+        a->setObjectName(QString::fromLatin1(spec.name));
+        a->setShortcut(spec.shortcut);
+        a->setShortcutContext(Qt::WindowShortcut);
+        a->setProperty("category", QString::fromLatin1(spec.category));
+        if (*spec.hint)
+            a->setToolTip(QString::fromLatin1(spec.hint));
+        addAction(a);
+        m_actions.insert(a->objectName(), a);
+    }
+    connect(action(QStringLiteral("Action1")), &QAction::triggered, this, &QWidget::close);
+    connect(action(QStringLiteral("NewTabAct")), &QAction::triggered, this, &TMFrm::AddPage);
+    connect(action(QStringLiteral("Aboutact")), &QAction::triggered, this, &TMFrm::showAbout);
+    connect(action(QStringLiteral("HomePageAct")), &QAction::triggered, [] {
+        QDesktopServices::openUrl(QUrl(TAboutFrm::homePageUrl()));
+    });
+    connect(action(QStringLiteral("EmailSupportAct")), &QAction::triggered, [] {
+        QDesktopServices::openUrl(QUrl(TAboutFrm::supportUrl()));
+    });
+    connect(action(QStringLiteral("Action15")), &QAction::triggered, this, [this] { OdbcAdministrator::start(this); });
+
+    const auto bind = [this](const char *name, void (TSqlFrm::*handler)()) {
+        connect(action(QString::fromLatin1(name)), &QAction::triggered, this,
+                [this, handler] { onCurrentFrame([handler](TSqlFrm *f) { (f->*handler)(); }); });
+    };
+    bind("Action3", &TSqlFrm::toggleShowSql);
+    bind("Action4", &TSqlFrm::toggleShowConnections);
+    bind("Action5", &TSqlFrm::toggleShowLog);
+    bind("Action6", &TSqlFrm::toggleShowSystemTables);
+    bind("Action13", &TSqlFrm::sbSqlSelectClick);
+    bind("Action14", &TSqlFrm::tbSqlBuilderClick);
+    bind("ConnectionProperiesAction", &TSqlFrm::ConnectionPropertiesItemClick);
+    bind("AddConenctionAction", &TSqlFrm::AddConnectionItemClick);
+    bind("DeleteConnectionAction", &TSqlFrm::DeleteConnectionItemClick);
+    bind("Action2", &TSqlFrm::ToolButton7Click);
+    bind("Action10", &TSqlFrm::tbRunScriptClick);
+    bind("Action11", &TSqlFrm::SBPreviosClick);
+    bind("Action12", &TSqlFrm::SBNextClick);
+}
+
+void TMFrm::createMenu()
+{
+    auto *dock = new QWidget(this);
+    dock->setObjectName(QStringLiteral("AdvDockPanel1"));
+    auto *dockLayout = new QVBoxLayout(dock);
+    dockLayout->setContentsMargins(0, 0, 0, 0);
+    auto *toolbar = new QToolBar(dock);
+    toolbar->setObjectName(QStringLiteral("AdvToolBar1"));
+    toolbar->setMovable(false);
+    toolbar->setFloatable(false);
+    dockLayout->addWidget(toolbar);
+
+    MM = new QMenuBar(toolbar);
+    MM->setObjectName(QStringLiteral("MM"));
+    MM->setNativeMenuBar(false);
+    for (const MainMenuSpec &menuSpec : mainMenuSpecs()) {
+        QMenu *menu = MM->addMenu(QString::fromLatin1(menuSpec.caption));
+        menu->setObjectName(QString::fromLatin1(menuSpec.name));
+        menu->menuAction()->setObjectName(QString::fromLatin1(menuSpec.name));
+        for (const MainMenuItem &item : menuSpec.items) {
+            QAction *entry = nullptr;
+            if (!item.action) {
+                entry = menu->addSeparator();
+            } else {
+                QAction *target = action(QString::fromLatin1(item.action));
+                const QString caption = item.caption ? QString::fromLatin1(item.caption) : target->text();
+                // The item shows the action's key; the action itself owns the short cut.
+                entry = menu->addAction(caption);
+                entry->setShortcut(target->shortcut());
+                entry->setShortcutContext(Qt::WidgetShortcut);
+                entry->setToolTip(target->toolTip());
+                connect(entry, &QAction::triggered, target, &QAction::trigger);
+            }
+            entry->setObjectName(QString::fromLatin1(item.name));
+            entry->setParent(this);
+        }
+    }
+    for (const char *name : kStoredChecks) {
+        if (QAction *item = findChild<QAction *>(QString::fromLatin1(name)))
+            item->setCheckable(QByteArray(name) != "Conenctions1");
+    }
+    toolbar->addWidget(MM);
+    setMenuWidget(dock);
+}
+
+void TMFrm::createStatusBar()
+{
+    statusBar()->setObjectName(QStringLiteral("sp"));
+    for (int i = 0; i < 2; ++i) {
+        m_statusPanels[i] = new QLabel(this);
+        m_statusPanels[i]->setObjectName(QStringLiteral("spPanel%1").arg(i));
+        m_statusPanels[i]->setMinimumWidth(i == 0 ? 200 : 0);
+        statusBar()->addWidget(m_statusPanels[i], i);
+    }
+    m_statusPanels[0]->setText(QStringLiteral("Disconnected"));
+}
+
+QString TMFrm::statusText() const { return m_statusPanels[0]->text(); }
+
+template <typename Handler> void TMFrm::onCurrentFrame(Handler handler)
+{
+    if (m_current)
+        handler(m_current);
+}
+
+void TMFrm::AddPage()
+{
+    auto *frame = new TSqlFrm(m_services, this, PC);
+    m_current = frame;
+    PC->blockSignals(true);
+    const int index = PC->addTab(frame, QStringLiteral("Sql Editior"));
+    if (QWidget *close = PC->tabBar()->tabButton(index, QTabBar::RightSide))
+        close->setToolTip(QStringLiteral("Close"));
+    PC->setCurrentIndex(index);
+    PC->blockSignals(false);
+    frame->restoreSettings();
+    frame->setObjectName(QStringLiteral("SqlFrm%1").arg(PC->count()));
+    connect(frame, &TSqlFrm::addTabRequested, this, &TMFrm::AddPage);
+}
+
+void TMFrm::PCChange(int index)
+{
+    auto *frame = qobject_cast<TSqlFrm *>(PC->widget(index));
+    if (!frame)
+        return;
+    if (m_current && m_current != frame)
+        frame->cbStyle()->setCurrentIndex(m_current->cbStyle()->currentIndex());
+    m_current = frame;
+    frame->mdsConnections()->reopen();
+}
+
+void TMFrm::PCClosePage(int index)
+{
+    // The rule looks at the active page, not at the page being closed: closing an inactive tab
+    // also moves the selection one page to the left. Deliberate; keep it.
+    const int active = PC->currentIndex();
+    if (active > 0)
+        PC->setCurrentIndex(active - 1);
+    QWidget *page = PC->widget(index);
+    PC->removeTab(index);
+    if (page == m_current)
+        m_current = qobject_cast<TSqlFrm *>(PC->currentWidget());
+    delete page;
+}
+
+void TMFrm::showAbout()
+{
+    TAboutFrm about(this);
+    about.exec();
+}
+
+bool TMFrm::event(QEvent *event)
+{
+    if (event->type() == StatusMessageEvent::kType) {
+        m_statusPanels[0]->setText(static_cast<StatusMessageEvent *>(event)->text());
+        return true;
+    }
+    return QMainWindow::event(event);
+}
+
+void TMFrm::showEvent(QShowEvent *event)
+{
+    QMainWindow::showEvent(event);
+    if (!m_shown) {
+        m_shown = true;
+        FormShow();
+    }
+}
+
+void TMFrm::FormShow()
+{
+    AddPage();
+}
+
+void TMFrm::closeEvent(QCloseEvent *event)
+{
+    FormDestroy();
+    QMainWindow::closeEvent(event);
+}
+
+void TMFrm::FormDestroy()
+{
+    if (m_destroyed)
+        return;
+    m_destroyed = true;
+    // The tab that is current at exit decides the settings every tab starts with next time.
+    if (m_current)
+        m_current->saveSettings();
+    savePlacement();
+}
+
+void TMFrm::restorePlacement()
+{
+    SettingsStore *s = m_services.settings;
+    if (!s)
+        return;
+    const QByteArray geometry = QByteArray::fromBase64(s->readString(kPlacementPath, QStringLiteral("Geometry")).toLatin1());
+    if (!geometry.isEmpty())
+        restoreGeometry(geometry);
+    for (const char *name : kStoredChecks) {
+        QAction *item = findChild<QAction *>(QString::fromLatin1(name));
+        const QString key = QString::fromLatin1(name) + QStringLiteral(".Checked");
+        if (item && item->isCheckable())
+            item->setChecked(s->readBool(kPlacementPath, key, item->isChecked()));
+    }
+}
+
+void TMFrm::savePlacement()
+{
+    SettingsStore *s = m_services.settings;
+    if (!s)
+        return;
+    s->writeString(kPlacementPath, QStringLiteral("Geometry"), QString::fromLatin1(saveGeometry().toBase64()));
+    for (const char *name : kStoredChecks) {
+        QAction *item = findChild<QAction *>(QString::fromLatin1(name));
+        if (item)
+            s->writeBool(kPlacementPath, QString::fromLatin1(name) + QStringLiteral(".Checked"), item->isChecked());
+    }
+    s->sync();
+}

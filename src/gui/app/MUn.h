@@ -1,0 +1,58 @@
+#pragma once
+#include "app/AppServices.h"
+
+#include <QHash>
+#include <QMainWindow>
+
+class QAction;
+class QLabel;
+class QMenuBar;
+class QTabWidget;
+class TSqlFrm;
+
+// The main window: menu, toolbar, status bar and a pager of workspace tabs. Every command goes to
+// the tab that is current; the window itself owns no database logic.
+class TMFrm : public QMainWindow
+{
+    Q_OBJECT
+public:
+    explicit TMFrm(const AppServices &services, QWidget *parent = nullptr);
+    ~TMFrm() override;
+
+    TSqlFrm *currentFrame() const { return m_current; }
+    QAction *action(const QString &name) const { return m_actions.value(name); }
+    QTabWidget *pager() const { return PC; }
+    QString statusText() const;
+
+public slots:
+    void AddPage();
+    void PCChange(int index);
+    void PCClosePage(int index);
+    void showAbout();
+
+protected:
+    bool event(QEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    void createActions();
+    void createMenu();
+    void createStatusBar();
+    void FormShow();
+    void FormDestroy();
+    void restorePlacement();
+    void savePlacement();
+
+    // Runs `handler` on the current tab, when there is one.
+    template <typename Handler> void onCurrentFrame(Handler handler);
+
+    AppServices m_services;
+    QTabWidget *PC = nullptr;
+    QMenuBar *MM = nullptr;
+    QLabel *m_statusPanels[2] = {nullptr, nullptr};
+    QHash<QString, QAction *> m_actions;
+    TSqlFrm *m_current = nullptr;
+    bool m_shown = false;
+    bool m_destroyed = false;
+};

@@ -1,0 +1,94 @@
+#include "workspace/LogTableModel.h"
+
+#include "workspace/ExecutionLog.h"
+
+#include <QPainter>
+#include <QPixmap>
+
+namespace {
+
+QIcon drawStatus(const QColor &color, const QString &glyph)
+{
+    QPixmap pixmap(16, 16);
+    pixmap.fill(Qt::transparent);
+    QPainter p(&pixmap);
+    p.setRenderHint(QPainter::Antialiasing);
+    p.setBrush(color);
+    p.setPen(color.darker(140));
+    p.drawEllipse(QRectF(1.5, 1.5, 13, 13));
+    QFont f(QStringLiteral("DejaVu Sans"));
+    f.setBold(true);
+    f.setPixelSize(10);
+    p.setFont(f);
+    p.setPen(Qt::white);
+    p.drawText(pixmap.rect(), Qt::AlignCenter, glyph);
+    return QIcon(pixmap);
+}
+
+} // namespace
+
+LogTableModel::LogTableModel(ExecutionLog *log, QObject *parent)
+    : QAbstractTableModel(parent), m_log(log)
+{
+    connect(log, &ExecutionLog::rowAppended, this, [this](int row) {
+        beginInsertRows({}, row, row);
+        endInsertRows();
+    });
+    connect(log, &ExecutionLog::rowChanged, this,
+            [this](int row) { emit dataChanged(index(row, 0), index(row, ColumnCount - 1)); });
+    connect(log, &ExecutionLog::cleared, this, [this] {
+        beginResetModel();
+        endResetModel();
+    });
+}
+
+int LogTableModel::rowCount(const QModelIndex &parent) const { return parent.isValid() ? 0 : m_log->count(); }
+
+int LogTableModel::columnCount(const QModelIndex &parent) const { return parent.isValid() ? 0 : ColumnCount; }
+
+QIcon LogTableModel::statusIcon(int status)
+{
+    static const QIcon icons[] = {
+        drawStatus(QColor(0x2e, 0x9d, 0x4b), QStringLiteral("\u2713")),
+        drawStatus(QColor(0xe0, 0xa0, 0x20), QStringLiteral("!")),
+        drawStatus(QColor(0xd0, 0x33, 0x2c), QStringLiteral("\u2715")),
+    };
+    return icons[(status >= 0 && status <= 2) ? status : 0];
+}
+
+QVariant LogTableModel::data(const QModelIndex &index, int role) const
+{
+    if (!index.isValid() || index.row() >= m_log->count())
+        return {};
+    const LogEntry &e = m_log->row(index.row());
+    if (role == Qt::DecorationRole && index.column() == ColStatus)
+        return statusIcon(e.status);
+    if (role == Qt::UserRole) {  // sort keys
+        switch (index.column()) {
+        case ColNumber: return e.number;
+        case ColStatus: return e.status;
+        case ColTime: return e.time;
+        case ColTimeTaken: return e.timeTakenMs();
+        default: break;
+        }
+    }
+    if (role != Qt::DisplayRole && role != Qt::ToolTipRole && role != Qt::UserRole)
+        return {};
+    switch (index.column()) {
+    case ColNumber: return e.number;
+    case ColStatus: return role == Qt::ToolTipRole ? QVariant(e.status) : QVariant();
+    case ColTime: return ExecutionLog::formatTime(e.time);
+    case ColSql: return e.sql;
+    case ColMessage: return e.message;
+    case ColTimeTaken: return ExecutionLog::formatDuration(e.timeTakenMs());
+    default: return {};
+    }
+}
+
+QVariant LogTableModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
+        return {};
+    static const char *const titles[] = {"N:", "Status", "Time", "SQL", "Message", "TimeTaken"};
+    return section >= 0 && section < ColumnCount ? QString::fromLatin1(titles[section]) : QVariant();
+}

@@ -1,0 +1,263 @@
+// Builds the widgets of a workspace tab, outside in: the two toolbars, the connections panel with
+// the table list, the SQL panel, the result area and the log.
+#include "components/SqlEditor.h"
+#include "interchange/DMToolsUn.h"
+#include "workspace/ConnectionGridModel.h"
+#include "workspace/SqlLogFrameUn.h"
+#include "workspace/SqlUn.h"
+
+#include <Qsci/qsciscintilla.h>
+
+#include <QComboBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QSpinBox>
+#include <QSplitter>
+#include <QTableView>
+#include <QToolBar>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+class SqlFrmBuilder
+{
+public:
+    explicit SqlFrmBuilder(TSqlFrm *frame) : f(frame) {}
+
+    void build()
+    {
+        auto *layout = new QVBoxLayout(f);
+        layout->setContentsMargins(0, 0, 0, 0);
+        layout->setSpacing(0);
+        layout->addWidget(buildToolbars());
+
+        f->Splitter3 = new QSplitter(Qt::Horizontal, f);
+        f->Splitter3->setObjectName(QStringLiteral("Splitter3"));
+        f->Splitter3->setChildrenCollapsible(false);
+        f->Splitter3->addWidget(buildConnectionsPanel());
+        f->Splitter3->addWidget(buildWorkArea());
+        f->Splitter3->setStretchFactor(1, 1);
+        f->Splitter3->setSizes({230, 800});
+        layout->addWidget(f->Splitter3, 1);
+    }
+
+private:
+    QToolButton *tool(QToolBar *bar, const char *name, const QString &text, const QString &hint, bool checkable = false,
+                      bool down = false)
+    {
+        auto *b = new QToolButton(bar);
+        b->setObjectName(QString::fromLatin1(name));
+        b->setText(text);
+        b->setToolTip(hint.isEmpty() ? text : hint);
+        b->setCheckable(checkable);
+        b->setChecked(down);
+        b->setAutoRaise(true);
+        b->setToolButtonStyle(Qt::ToolButtonTextOnly);
+        bar->addWidget(b);
+        return b;
+    }
+
+    QToolBar *toolbar(QWidget *parent, const char *name)
+    {
+        auto *bar = new QToolBar(parent);
+        bar->setObjectName(QString::fromLatin1(name));
+        bar->setMovable(false);
+        bar->setIconSize(QSize(16, 16));
+        return bar;
+    }
+
+    QWidget *buildToolbars()
+    {
+        auto *adptop = new QWidget(f);
+        adptop->setObjectName(QStringLiteral("adptop"));
+        auto *row = new QHBoxLayout(adptop);
+        row->setContentsMargins(2, 0, 2, 0);
+        row->setSpacing(4);
+
+        QToolBar *tb1 = f->tb1 = toolbar(adptop, "tb1");
+        QObject::connect(tool(tb1, "tbShowSql", QStringLiteral("SQL"), QStringLiteral("Show Sql Statement"), true, true),
+                         &QToolButton::clicked, f, &TSqlFrm::tbShowSqlClick);
+        QObject::connect(tool(tb1, "tbShowConnections", QStringLiteral("Connections"), QStringLiteral("Show Connections"),
+                              true, true),
+                         &QToolButton::clicked, f, &TSqlFrm::tbShowConnectionsClick);
+        QObject::connect(tool(tb1, "tbShowLog", QStringLiteral("Log"), QStringLiteral("Show Log"), true, true),
+                         &QToolButton::clicked, f, &TSqlFrm::tbShowLogClick);
+        QObject::connect(tool(tb1, "tbShowSystemTables", QStringLiteral("System"), QStringLiteral("Show System Tables"),
+                              true, false),
+                         &QToolButton::clicked, f, &TSqlFrm::tbShowSystemTablesClick);
+        tb1->addSeparator();
+        QObject::connect(tool(tb1, "tbAddTab", QStringLiteral("+ Tab"), QStringLiteral("Add Tab")), &QToolButton::clicked,
+                         f, &TSqlFrm::addTabRequested);
+        f->m_cbStyle = new QComboBox(tb1);
+        f->m_cbStyle->setObjectName(QStringLiteral("cbStyle"));
+        f->m_cbStyle->addItems(TdmTools::styleNames());
+        f->m_cbStyle->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+        tb1->addWidget(f->m_cbStyle);
+        QObject::connect(f->m_cbStyle, QOverload<int>::of(&QComboBox::activated), f, &TSqlFrm::cbStyleChange);
+        row->addWidget(tb1);
+
+        QToolBar *tb2 = f->tb2 = toolbar(adptop, "tb2");
+        QToolButton *open = tool(tb2, "tbOpen", QStringLiteral("Open"), QStringLiteral("Open"));
+        QToolButton *save = tool(tb2, "tbSave", QStringLiteral("Save"), QStringLiteral("Save"));
+        tool(tb2, "tbPrintSQL", QStringLiteral("Print"), QStringLiteral("Print"));
+        tool(tb2, "tbPrintPreview", QStringLiteral("Preview"), QStringLiteral("Print Preview"));
+        tb2->addSeparator();
+        QToolButton *cut = tool(tb2, "tbCut", QStringLiteral("Cut"), QString());
+        QToolButton *copy = tool(tb2, "tbCopy", QStringLiteral("Copy"), QString());
+        QToolButton *paste = tool(tb2, "tbPaste", QStringLiteral("Paste"), QString());
+        QToolButton *undo = tool(tb2, "tbUndo", QStringLiteral("Undo"), QString());
+        QToolButton *redo = tool(tb2, "tbRedo", QStringLiteral("Redo"), QString());
+        tool(tb2, "tbFindSQL", QStringLiteral("Find"), QStringLiteral("Search"));
+        tool(tb2, "rbRepeatSearch", QStringLiteral("Again"), QStringLiteral("Repeat Search"));
+        tool(tb2, "tbReS", QStringLiteral("Replace"), QStringLiteral("Replace"));
+        tb2->addSeparator();
+        tool(tb2, "cbAutoClearLog", QStringLiteral("Auto Clear"), QStringLiteral("Clear Log Before Run"), true, false);
+        QObject::connect(tool(tb2, "tbRunSQL", QStringLiteral("Run"), QStringLiteral("Run Sql")), &QToolButton::clicked, f,
+                         &TSqlFrm::ToolButton7Click);
+        QObject::connect(tool(tb2, "tbRunScript", QStringLiteral("Script"), QStringLiteral("Run as script")),
+                         &QToolButton::clicked, f, &TSqlFrm::tbRunScriptClick);
+        QObject::connect(tool(tb2, "tbSQLBuilder", QStringLiteral("Builder"), QStringLiteral("Sql Builder")),
+                         &QToolButton::clicked, f, &TSqlFrm::tbSqlBuilderClick);
+        f->peSeparator = new QComboBox(tb2);
+        f->peSeparator->setObjectName(QStringLiteral("peSeparator"));
+        f->peSeparator->setEditable(true);
+        f->peSeparator->addItems({QStringLiteral("GO"), QStringLiteral("/"), QStringLiteral(";")});
+        f->peSeparator->setToolTip(QStringLiteral("Sql Statements Delimiter"));
+        f->peSeparator->setMinimumContentsLength(4);
+        tb2->addWidget(f->peSeparator);
+        f->seRecords = new QSpinBox(tb2);
+        f->seRecords->setObjectName(QStringLiteral("seRecords"));
+        f->seRecords->setRange(0, 100000000);
+        f->seRecords->setValue(1000);
+        f->seRecords->setToolTip(QStringLiteral("Records to Fetch"));
+        tb2->addWidget(f->seRecords);
+        row->addWidget(tb2, 1);
+
+        // The editor commands only forward to the editor control.
+        QObject::connect(cut, &QToolButton::clicked, f, [this] { f->se->cut(); });
+        QObject::connect(copy, &QToolButton::clicked, f, [this] { f->se->copy(); });
+        QObject::connect(paste, &QToolButton::clicked, f, [this] { f->se->paste(); });
+        QObject::connect(undo, &QToolButton::clicked, f, [this] { f->se->undo(); });
+        QObject::connect(redo, &QToolButton::clicked, f, [this] { f->se->redo(); });
+        open->setEnabled(false);
+        save->setEnabled(false);
+        for (const char *name : {"tbPrintSQL", "tbPrintPreview", "tbFindSQL", "rbRepeatSearch", "tbReS", "tbSQLBuilder"})
+            f->findChild<QToolButton *>(QString::fromLatin1(name))->setEnabled(false);
+        return adptop;
+    }
+
+    QWidget *captioned(QWidget *panel, const QString &caption, QVBoxLayout **layoutOut)
+    {
+        auto *layout = new QVBoxLayout(panel);
+        layout->setContentsMargins(0, 0, 0, 0);
+        layout->setSpacing(2);
+        auto *title = new QLabel(caption, panel);
+        title->setObjectName(panel->objectName() + QStringLiteral("Caption"));
+        title->setStyleSheet(QStringLiteral("font-weight: bold; padding: 3px 4px;"));
+        layout->addWidget(title);
+        *layoutOut = layout;
+        return panel;
+    }
+
+    QWidget *buildConnectionsPanel()
+    {
+        f->Panel1 = new QWidget(f);
+        f->Panel1->setObjectName(QStringLiteral("Panel1"));
+        QVBoxLayout *layout = nullptr;
+        captioned(f->Panel1, QStringLiteral("Connections"), &layout);
+
+        f->Splitter2 = new QSplitter(Qt::Vertical, f->Panel1);
+        f->Splitter2->setObjectName(QStringLiteral("Splitter2"));
+        f->Splitter2->setChildrenCollapsible(false);
+        layout->addWidget(f->Splitter2, 1);
+
+        f->ConnectionsGrid = new QTableView(f->Splitter2);
+        f->ConnectionsGrid->setObjectName(QStringLiteral("ConnectionsGrid"));
+        f->ConnectionsGrid->setModel(f->m_connectionModel);
+        f->ConnectionsGrid->setSelectionBehavior(QAbstractItemView::SelectRows);
+        f->ConnectionsGrid->setSelectionMode(QAbstractItemView::SingleSelection);
+        f->ConnectionsGrid->setEditTriggers(QAbstractItemView::NoEditTriggers);
+        f->ConnectionsGrid->verticalHeader()->setVisible(false);
+        f->ConnectionsGrid->verticalHeader()->setDefaultSectionSize(24);
+        f->ConnectionsGrid->setIconSize(QSize(20, 20));
+        f->ConnectionsGrid->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Fixed);
+        f->ConnectionsGrid->setColumnWidth(0, 40);
+        f->ConnectionsGrid->horizontalHeader()->setStretchLastSection(true);
+        f->ConnectionsGrid->setContextMenuPolicy(Qt::ActionsContextMenu);
+        f->Splitter2->addWidget(f->ConnectionsGrid);
+
+        f->TablesPanel = new QWidget(f->Splitter2);
+        f->TablesPanel->setObjectName(QStringLiteral("TablesPanel"));
+        QVBoxLayout *tables = nullptr;
+        captioned(f->TablesPanel, QStringLiteral("Tables"), &tables);
+        f->JvIncSearch = new QLineEdit(f->TablesPanel);
+        f->JvIncSearch->setObjectName(QStringLiteral("JvIncSearch"));
+        f->JvIncSearch->setPlaceholderText(QStringLiteral("Incremental Search"));
+        f->JvIncSearch->setToolTip(QStringLiteral("Incremental Search"));
+        f->JvIncSearch->setClearButtonEnabled(true);
+        tables->addWidget(f->JvIncSearch);
+        f->lbTablesList = new QListWidget(f->TablesPanel);
+        f->lbTablesList->setObjectName(QStringLiteral("lbTablesList"));
+        f->lbTablesList->setToolTip(QStringLiteral("All Tables"));
+        tables->addWidget(f->lbTablesList, 1);
+        f->lb = new QListWidget(f->TablesPanel);
+        f->lb->setObjectName(QStringLiteral("lb"));
+        f->lb->hide();
+        f->Splitter2->addWidget(f->TablesPanel);
+        f->Splitter2->setSizes({200, 400});
+        return f->Panel1;
+    }
+
+    QWidget *buildWorkArea()
+    {
+        f->Splitter1 = new QSplitter(Qt::Vertical, f);
+        f->Splitter1->setObjectName(QStringLiteral("Splitter1"));
+        f->Splitter1->setChildrenCollapsible(false);
+
+        f->SqlPanel = new QWidget(f->Splitter1);
+        f->SqlPanel->setObjectName(QStringLiteral("SqlPanel"));
+        auto *sqlLayout = new QVBoxLayout(f->SqlPanel);
+        sqlLayout->setContentsMargins(0, 0, 0, 0);
+        sqlLayout->setSpacing(0);
+        auto *captionRow = new QHBoxLayout;
+        captionRow->setContentsMargins(4, 0, 2, 0);
+        auto *caption = new QLabel(QStringLiteral("SQL"), f->SqlPanel);
+        caption->setStyleSheet(QStringLiteral("font-weight: bold; padding: 3px 0px;"));
+        captionRow->addWidget(caption);
+        captionRow->addStretch();
+        const auto small = [&](const char *name, const QString &text, const QString &hint, void (TSqlFrm::*slot)()) {
+            auto *b = new QToolButton(f->SqlPanel);
+            b->setObjectName(QString::fromLatin1(name));
+            b->setText(text);
+            b->setToolTip(hint);
+            b->setAutoRaise(true);
+            QObject::connect(b, &QToolButton::clicked, f, slot);
+            captionRow->addWidget(b);
+        };
+        small("sbSqlSelect", QStringLiteral("History"), QStringLiteral("Sql History"), &TSqlFrm::sbSqlSelectClick);
+        small("SBPrevios", QStringLiteral("\u25c0"), QStringLiteral("Previous Sql Statement"), &TSqlFrm::SBPreviosClick);
+        small("SBNext", QStringLiteral("\u25b6"), QStringLiteral("Next Sql Statement"), &TSqlFrm::SBNextClick);
+        sqlLayout->addLayout(captionRow);
+        f->se = SqlEditor::create(f->SqlPanel, "se");
+        sqlLayout->addWidget(f->se, 1);
+        f->Splitter1->addWidget(f->SqlPanel);
+
+        f->Panel3 = new QWidget(f->Splitter1);
+        f->Panel3->setObjectName(QStringLiteral("Panel3"));
+        f->Splitter1->addWidget(f->Panel3);
+
+        f->LogPanel = new TSqlLogFrame(f->Splitter1);
+        f->Splitter1->addWidget(f->LogPanel);
+        f->Splitter1->setStretchFactor(1, 1);
+        f->Splitter1->setSizes({220, 400, 150});
+        return f->Splitter1;
+    }
+
+    TSqlFrm *f;
+};
+
+void buildSqlFrm(TSqlFrm *frame)
+{
+    SqlFrmBuilder(frame).build();
+}

@@ -1,0 +1,243 @@
+#include "workspace/SqlLogFrameUn.h"
+
+#include "app/VantryError.h"
+#include "components/SqlEditor.h"
+#include "ui/SePrintPreviewUn.h"
+#include "workspace/ExecutionLog.h"
+#include "workspace/LogTableModel.h"
+
+#include <Qsci/qsciscintilla.h>
+
+#include <QAction>
+#include <QFileDialog>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QInputDialog>
+#include <QLabel>
+#include <QMenu>
+#include <QSaveFile>
+#include <QSortFilterProxyModel>
+#include <QTabWidget>
+#include <QTableView>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+namespace {
+
+QAction *addEntry(QMenu *menu, const char *name, const QString &caption, const QKeySequence &key, QObject *receiver,
+                  void (TSqlLogFrame::*slot)())
+{
+    QAction *a = menu->addAction(caption);
+    a->setObjectName(QString::fromLatin1(name));
+    a->setShortcut(key);
+    a->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    QObject::connect(a, &QAction::triggered, static_cast<TSqlLogFrame *>(receiver), slot);
+    return a;
+}
+
+} // namespace
+
+TSqlLogFrame::TSqlLogFrame(QWidget *parent)
+    : QWidget(parent), md(new ExecutionLog(this)), m_model(new LogTableModel(md, this)),
+      m_sorted(new QSortFilterProxyModel(this))
+{
+    setObjectName(QStringLiteral("LogPanel"));
+    auto *outer = new QVBoxLayout(this);
+    outer->setContentsMargins(0, 0, 0, 0);
+    outer->setSpacing(0);
+
+    auto *lg = new QWidget(this);
+    lg->setObjectName(QStringLiteral("lg"));
+    auto *lgLayout = new QVBoxLayout(lg);
+    lgLayout->setContentsMargins(0, 0, 0, 0);
+    lgLayout->setSpacing(0);
+    auto *caption = new QWidget(lg);
+    auto *captionLayout = new QHBoxLayout(caption);
+    captionLayout->setContentsMargins(6, 2, 2, 2);
+    auto *title = new QLabel(QStringLiteral("<B>Execution Log</B>"), caption);
+    captionLayout->addWidget(title);
+    captionLayout->addStretch();
+    auto *lgClose = new QToolButton(caption);
+    lgClose->setObjectName(QStringLiteral("lgClose"));
+    lgClose->setText(QStringLiteral("\u00d7"));
+    lgClose->setAutoRaise(true);
+    // Showing and hiding the log is the workspace's decision: the caption's close button only
+    // makes the inner panel visible again.
+    connect(lgClose, &QToolButton::clicked, lg, [lg] { lg->setVisible(true); });
+    captionLayout->addWidget(lgClose);
+    lgLayout->addWidget(caption);
+    outer->addWidget(lg);
+
+    PC = new QTabWidget(lg);
+    PC->setObjectName(QStringLiteral("PC"));
+    PC->setTabPosition(QTabWidget::South);
+    PC->setDocumentMode(true);
+    lgLayout->addWidget(PC);
+
+    gLog = new QTableView(PC);
+    gLog->setObjectName(QStringLiteral("gLog"));
+    m_sorted->setSourceModel(m_model);
+    m_sorted->setSortRole(Qt::UserRole);
+    gLog->setModel(m_sorted);
+    gLog->setSortingEnabled(true);
+    gLog->sortByColumn(-1, Qt::AscendingOrder);
+    gLog->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    gLog->setSelectionBehavior(QAbstractItemView::SelectRows);
+    gLog->setWordWrap(false);
+    gLog->verticalHeader()->setVisible(false);
+    gLog->verticalHeader()->setDefaultSectionSize(22);
+    QHeaderView *header = gLog->horizontalHeader();
+    header->setSectionsMovable(true);
+    header->setStretchLastSection(false);
+    // Fixed widths keep appending constant-time; the statement column takes the free width.
+    const int widths[] = {44, 50, 70, 0, 260, 80};
+    for (int c = 0; c < LogTableModel::ColumnCount; ++c) {
+        if (c == LogTableModel::ColSql)
+            header->setSectionResizeMode(c, QHeaderView::Stretch);
+        else
+            gLog->setColumnWidth(c, widths[c]);
+    }
+    gLog->setContextMenuPolicy(Qt::CustomContextMenu);
+    QMenu *gridMenu = buildGridMenu();
+    gLog->addActions(gridMenu->actions());
+    connect(gLog, &QWidget::customContextMenuRequested, gridMenu,
+            [this, gridMenu](const QPoint &pos) { gridMenu->popup(gLog->viewport()->mapToGlobal(pos)); });
+    auto *pTable = gLog;
+    pTable->setProperty("pageName", QStringLiteral("pTable"));
+    PC->addTab(gLog, QStringLiteral("Table"));
+
+    seLog = SqlEditor::create(PC, "seLog");
+    SqlEditor::useLogStyle(seLog);
+    seLog->setContextMenuPolicy(Qt::CustomContextMenu);
+    QMenu *textMenu = buildTextMenu();
+    seLog->addActions(textMenu->actions());
+    connect(seLog, &QWidget::customContextMenuRequested, textMenu,
+            [this, textMenu](const QPoint &pos) { textMenu->popup(seLog->mapToGlobal(pos)); });
+    PC->addTab(seLog, QStringLiteral("SQL"));
+    PC->setCurrentIndex(0);
+}
+
+QMenu *TSqlLogFrame::buildTextMenu()
+{
+    auto *menu = new QMenu(this);
+    menu->setObjectName(QStringLiteral("pmLog"));
+    addEntry(menu, "Cut1", QStringLiteral("Cut"), QKeySequence(Qt::CTRL | Qt::Key_X), this, &TSqlLogFrame::Cut1Click);
+    addEntry(menu, "Copy1", QStringLiteral("Copy"), QKeySequence(Qt::CTRL | Qt::Key_C), this, &TSqlLogFrame::Copy1Click);
+    // Ctrl+P pastes in the log's text view (not Ctrl+V); the binding is deliberate and stays.
+    addEntry(menu, "Paste1", QStringLiteral("Paste"), QKeySequence(Qt::CTRL | Qt::Key_P), this, &TSqlLogFrame::Paste1Click);
+    addEntry(menu, "Search", QStringLiteral("Search"), QKeySequence(Qt::CTRL | Qt::Key_F), this, &TSqlLogFrame::SearchClick);
+    addEntry(menu, "RepeatSearch1", QStringLiteral("Repeat Search"), {}, this, &TSqlLogFrame::RepeatSearch1Click);
+    QAction *replace = menu->addAction(QStringLiteral("Replace"));
+    replace->setObjectName(QStringLiteral("Replace"));
+    replace->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
+    replace->setEnabled(false);  // the program-wide replace dialog is not available yet
+    // "Print" deliberately opens the preview too, under its own title; the user prints from there.
+    addEntry(menu, "Print1", QStringLiteral("Print"), {}, this, &TSqlLogFrame::Print1Click);
+    addEntry(menu, "PrintPreview1", QStringLiteral("Print Preview"), {}, this, &TSqlLogFrame::PrintPreview1Click);
+    addEntry(menu, "Clear1", QStringLiteral("Clear"), {}, this, &TSqlLogFrame::Clear1Click);
+    addEntry(menu, "SaveLog1", QStringLiteral("Save Log"), {}, this, &TSqlLogFrame::SaveLog1Click);
+    return menu;
+}
+
+QMenu *TSqlLogFrame::buildGridMenu()
+{
+    auto *menu = new QMenu(this);
+    menu->setObjectName(QStringLiteral("pmGrid"));
+    addEntry(menu, "Find1", QStringLiteral("Find"), QKeySequence(Qt::CTRL | Qt::Key_F), this, &TSqlLogFrame::Find1Click);
+    for (const auto &[name, caption] : {std::pair{"PrintGridMenuItem", "Print"}, std::pair{"PrintPreviewMenuItem", "Print Preview"}}) {
+        QAction *a = menu->addAction(QString::fromLatin1(caption));
+        a->setObjectName(QString::fromLatin1(name));
+        a->setEnabled(false);  // grid printing comes with the tools service's printing
+    }
+    // The grid's "Clear" empties both views; the text view's "Clear" keeps the table. Deliberate.
+    addEntry(menu, "MenuItem10", QStringLiteral("Clear"), {}, this, &TSqlLogFrame::MenuItem10Click);
+    return menu;
+}
+
+void TSqlLogFrame::appendTextLine(const QString &text)
+{
+    seLog->append(ExecutionLog::trimmedForText(text) + QLatin1Char('\n'));
+}
+
+void TSqlLogFrame::SetSQL(const QString &sql)
+{
+    md->SetSQL(sql);
+    appendTextLine(sql);
+}
+
+void TSqlLogFrame::SetMessage(const QString &message, int status)
+{
+    md->SetMessage(message, status);
+    appendTextLine(message);
+}
+
+void TSqlLogFrame::Clear()
+{
+    seLog->clear();
+    md->clear();
+}
+
+void TSqlLogFrame::Cut1Click() { seLog->cut(); }
+void TSqlLogFrame::Copy1Click() { seLog->copy(); }
+void TSqlLogFrame::Paste1Click() { seLog->paste(); }
+
+void TSqlLogFrame::SearchClick()
+{
+    bool ok = false;
+    const QString text = QInputDialog::getText(this, QStringLiteral("Search"), QStringLiteral("Text to find:"),
+                                               QLineEdit::Normal, m_lastSearch, &ok);
+    if (!ok || text.isEmpty())
+        return;
+    m_lastSearch = text;
+    seLog->findFirst(text, false, false, false, true);
+}
+
+void TSqlLogFrame::RepeatSearch1Click()
+{
+    if (!m_lastSearch.isEmpty() && !seLog->findNext())
+        seLog->findFirst(m_lastSearch, false, false, false, true);
+}
+
+void TSqlLogFrame::Print1Click() { SePrintPreview::show(seLog, QStringLiteral("Sql Script Error Log"), this); }
+void TSqlLogFrame::PrintPreview1Click() { SePrintPreview::show(seLog, QStringLiteral("Execution Log"), this); }
+void TSqlLogFrame::Clear1Click() { seLog->clear(); }
+void TSqlLogFrame::MenuItem10Click() { Clear(); }
+
+void TSqlLogFrame::SaveLog1Click()
+{
+    const QString fileName = QFileDialog::getSaveFileName(this, QStringLiteral("Save Log"), QString(),
+                                                          QStringLiteral("All files (*.*)"));
+    if (!fileName.isEmpty())
+        saveLogTo(fileName);
+}
+
+void TSqlLogFrame::saveLogTo(const QString &fileName)
+{
+    QSaveFile file(fileName);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Text) || file.write(seLog->text().toUtf8()) < 0 || !file.commit())
+        throw VantryError(QStringLiteral("Cannot save the log to \"%1\": %2").arg(fileName, file.errorString()));
+}
+
+void TSqlLogFrame::Find1Click()
+{
+    bool ok = false;
+    const QString text = QInputDialog::getText(this, QStringLiteral("Find"), QStringLiteral("Text to find:"),
+                                               QLineEdit::Normal, m_lastSearch, &ok);
+    if (!ok || text.isEmpty())
+        return;
+    m_lastSearch = text;
+    const int startColumn = qMax(0, gLog->currentIndex().column());
+    const int rows = m_sorted->rowCount();
+    const int startRow = qMax(0, gLog->currentIndex().row());
+    for (int step = 0; step < rows; ++step) {
+        const int r = (startRow + step) % rows;
+        for (int c = 0; c < LogTableModel::ColumnCount; ++c) {
+            const int column = (startColumn + c) % LogTableModel::ColumnCount;
+            const QModelIndex idx = m_sorted->index(r, column);
+            if (idx.data(Qt::DisplayRole).toString().contains(text, Qt::CaseInsensitive)) {
+                gLog->setCurrentIndex(idx);
+                return;
+            }
+        }
+    }
+}

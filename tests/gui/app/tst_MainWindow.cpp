@@ -1,0 +1,127 @@
+#include "GuiFixture.h"
+#include "app/StatusMessage.h"
+#include "workspace/ConnectionList.h"
+#include "workspace/SqlUn.h"
+
+#include <Qsci/qsciscintilla.h>
+
+#include <QAction>
+#include <QComboBox>
+#include <QMenu>
+#include <QTabWidget>
+#include <QtTest>
+
+class tst_MainWindow : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void startsWithOneTabAndTheActions()
+    {
+        GuiFixture fx;
+        TMFrm *w = fx.show();
+        QCOMPARE(w->windowTitle(), QStringLiteral("Vantry"));
+        QCOMPARE(w->pager()->count(), 1);
+        QCOMPARE(w->pager()->tabText(0), QStringLiteral("Sql Editior"));
+        QCOMPARE(w->currentFrame()->objectName(), QStringLiteral("SqlFrm1"));
+        QCOMPARE(w->statusText(), QStringLiteral("Disconnected"));
+
+        QCOMPARE(w->action(QStringLiteral("Action1"))->shortcut(), QKeySequence(QStringLiteral("Ctrl+X")));
+        QCOMPARE(w->action(QStringLiteral("Action2"))->shortcut(), QKeySequence(Qt::Key_F3));
+        QCOMPARE(w->action(QStringLiteral("NewTabAct"))->shortcut(), QKeySequence(QStringLiteral("Ctrl+T")));
+        QCOMPARE(w->action(QStringLiteral("Action4"))->toolTip(), QStringLiteral("Show Connections"));
+        auto *support = w->findChild<QAction *>(QStringLiteral("EmailSupport1"));
+        QVERIFY(support);
+        QCOMPARE(support->text(), QStringLiteral("Contactl Support"));
+        auto *view = w->findChild<QMenu *>(QStringLiteral("View1"));
+        QVERIFY(view);
+        QStringList items;
+        for (QAction *a : view->actions())
+            items << a->objectName();
+        QCOMPARE(items, (QStringList{"SqlStatement1", "Connections1", "SystemTables1", "Log1", "N2",
+                                     "ODBCDataSourceAdministrator1", "SQLHistory1", "SQLBuilder1", "N3", "NewTab1"}));
+    }
+
+    void newTabsAreNumberedAndReloadConnectionsOnChange()
+    {
+        GuiFixture fx;
+        TMFrm *w = fx.show();
+        TSqlFrm *first = w->currentFrame();
+        w->action(QStringLiteral("NewTabAct"))->trigger();
+        QCOMPARE(w->pager()->count(), 2);
+        TSqlFrm *second = w->currentFrame();
+        QCOMPARE(second->objectName(), QStringLiteral("SqlFrm2"));
+        const int before = second->mdsConnections()->count();
+
+        w->pager()->setCurrentIndex(0);
+        QCOMPARE(w->currentFrame(), first);
+        ConnectionRow &row = first->mdsConnections()->insertRow();
+        row.connectionName = QStringLiteral("added in the first tab");
+        first->mdsConnections()->post();
+        QCOMPARE(second->mdsConnections()->count(), before);
+
+        w->pager()->setCurrentIndex(1);
+        QCOMPARE(second->mdsConnections()->count(), before + 1);
+        QCOMPARE(second->mdsConnections()->row(before).connectionName, QStringLiteral("added in the first tab"));
+    }
+
+    void closingTabsMovesTheSelectionLeft()
+    {
+        GuiFixture fx;
+        TMFrm *w = fx.show();
+        w->AddPage();
+        QCOMPARE(w->pager()->currentIndex(), 1);
+        w->PCClosePage(1);  // closing the active second tab makes the first active
+        QCOMPARE(w->pager()->count(), 1);
+        QCOMPARE(w->pager()->currentIndex(), 0);
+        QCOMPARE(w->currentFrame(), w->pager()->widget(0));
+
+        w->AddPage();
+        w->AddPage();
+        QCOMPARE(w->pager()->currentIndex(), 2);
+        QWidget *last = w->pager()->widget(2);
+        w->PCClosePage(0);  // an inactive tab: the rule still moves the selection one page left
+        QCOMPARE(w->pager()->count(), 2);
+        QCOMPARE(w->pager()->currentWidget(), w->pager()->widget(0));
+        QVERIFY(w->pager()->currentWidget() != last);
+    }
+
+    void statusTextArrivesPostedAndCut()
+    {
+        GuiFixture fx;
+        TMFrm *w = fx.show();
+        const QString longText(300, QLatin1Char('x'));
+        postStatusMessage(w, longText);
+        QCOMPARE(w->statusText(), QStringLiteral("Disconnected"));  // posted, not yet delivered
+        QCoreApplication::processEvents();
+        QCOMPARE(w->statusText(), QString(255, QLatin1Char('x')));
+    }
+
+    void settingsOfTheCurrentTabAreSavedAtExitAndRestored()
+    {
+        GuiFixture fx;
+        TMFrm *w = fx.show();
+        TSqlFrm *first = w->currentFrame();
+        first->cbStyle()->setCurrentIndex(3);
+        first->cbStyleChange();  // a style change saves the shared settings at once
+        w->AddPage();
+        TSqlFrm *second = w->currentFrame();
+        QCOMPARE(second->cbStyle()->currentIndex(), 3);
+        second->editor()->setText(QStringLiteral("select 42\nfrom dual"));
+        w->close();  // the tab that is current at exit decides what the next start restores
+        fx.window.reset();
+
+        SettingsStore reread(DataFolder::settingsFile());
+        QCOMPARE(reread.readInt(QStringLiteral("SQL\\"), QStringLiteral("cbStyle.ItemIndex"), -1), 3);
+        QCOMPARE(reread.readString(QStringLiteral("SQL\\"), QStringLiteral("se.Lines")), QStringLiteral("select 42\nfrom dual"));
+        QCOMPARE(reread.readString(QStringLiteral("SQL\\"), QStringLiteral("tbShowLog.Down")), QStringLiteral("TRUE"));
+        QVERIFY(reread.contains(QStringLiteral("P\\"), QStringLiteral("Log1.Checked")));
+
+        TMFrm *again = fx.show();
+        QCOMPARE(again->currentFrame()->cbStyle()->currentIndex(), 3);
+        QCOMPARE(again->currentFrame()->editor()->text(), QStringLiteral("select 42\nfrom dual"));
+    }
+};
+
+QTEST_MAIN(tst_MainWindow)
+#include "tst_MainWindow.moc"
