@@ -82,6 +82,16 @@ void DBGridEh1::refreshRows()
         setCurrentTableRow(row, column);
 }
 
+void DBGridEh1::commitEditor()
+{
+    if (state() != QAbstractItemView::EditingState)
+        return;
+    if (QWidget *editor = QApplication::focusWidget(); editor && isAncestorOf(editor)) {
+        commitData(editor);
+        closeEditor(editor, QAbstractItemDelegate::NoHint);
+    }
+}
+
 qint64 DBGridEh1::currentTableRow() const
 {
     return currentIndex().isValid() ? m_model->tableRow(currentIndex().row()) : -1;

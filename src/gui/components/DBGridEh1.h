@@ -21,6 +21,8 @@ public:
     void setReadOnly(bool readOnly);
     bool isReadOnly() const { return m_readOnly; }
 
+    // Hands the value of an open cell editor to the model and closes the editor.
+    void commitEditor();
     // Re-reads the rows after inserts, deletes or posts, keeping the current cell on its row.
     void refreshRows();
     // Table row of the current cell, -1 when there is none or it is a group header.

@@ -1,0 +1,316 @@
+#include "ResultPanel.h"
+
+#include "app/VantryError.h"
+#include "components/DBGridEh1.h"
+#include "components/ResultFindDialog.h"
+#include "components/ResultGridModel.h"
+#include "components/ResultGroupingPanel.h"
+
+#include <QAction>
+#include <QLabel>
+#include <QMenu>
+#include <QMessageBox>
+#include <QStyle>
+#include <QToolBar>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+ResultPanel::ResultPanel(QWidget *parent) : QWidget(parent)
+{
+    setObjectName(QStringLiteral("Panel3"));
+    m_toolbar = new QToolBar(this);
+    m_toolbar->setObjectName(QStringLiteral("tbGrid"));
+    m_toolbar->setIconSize(QSize(16, 16));
+    m_toolbar->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    m_grid = new DBGridEh1(this);
+    m_grouping = new ResultGroupingPanel(this);
+    m_grouping->hide();
+    m_status = new QLabel(this);
+    m_status->setObjectName(QStringLiteral("lbResultState"));
+    m_status->setContentsMargins(8, 0, 8, 0);
+
+    QAction *refresh = addButton("tbRefresh", QStringLiteral("Refresh"), QKeySequence(Qt::Key_F5));
+    m_toolbar->addSeparator()->setObjectName(QStringLiteral("sp1"));
+    QAction *add = addButton("tbAdd", QStringLiteral("Add"), QKeySequence(Qt::Key_Insert));
+    QAction *del = addButton("tbDelete", QStringLiteral("Delete Selected Records"), QKeySequence(Qt::CTRL | Qt::Key_Delete));
+    QAction *post = addButton("tbPost", QStringLiteral("Post"));
+    QAction *clone = addButton("tbClone", QStringLiteral("Clone Record"));
+    m_toolbar->addSeparator()->setObjectName(QStringLiteral("sp2"));
+    QAction *find = addButton("tbFind", QStringLiteral("Find"), QKeySequence(Qt::CTRL | Qt::Key_F));
+    QAction *fit = addButton("tbOptimizeWidth", QStringLiteral("Fit Column Widths"));
+    QAction *group = addButton("tbShowGroupping", QStringLiteral("Show Groupping")); // sic: the hint keeps this spelling deliberately
+    QAction *readOnly = addButton("tbReadOnly", QStringLiteral("Read Only"));
+    for (QAction *toggle : {fit, group, readOnly})
+        toggle->setCheckable(true);
+    m_toolbar->addSeparator()->setObjectName(QStringLiteral("sp3"));
+    // Export, print and import arrive with the tools service and the import wizard.
+    for (auto [name, hint] : {std::pair{"tbExport", "Export Data"}, {"tbPrint", "Print"}, {"tbPreview", "Preview"},
+                              {"tbExcelExport", "Export To Excel"}, {"tbImport", "Import Data"}})
+        addButton(name, QString::fromLatin1(hint))->setEnabled(false);
+    m_toolbar->addWidget(m_status);
+
+    connect(refresh, &QAction::triggered, this, &ResultPanel::Refresh1Click);
+    connect(add, &QAction::triggered, this, &ResultPanel::Add1Click);
+    connect(del, &QAction::triggered, this, &ResultPanel::Delete1Click);
+    connect(post, &QAction::triggered, this, &ResultPanel::tbPostClick);
+    connect(clone, &QAction::triggered, this, &ResultPanel::tbCloneClick);
+    connect(find, &QAction::triggered, this, &ResultPanel::Find1Click);
+    connect(fit, &QAction::triggered, this, &ResultPanel::tbOptimizeWidthClick);
+    connect(group, &QAction::triggered, this, &ResultPanel::tbShowGrouppingClick);
+    connect(readOnly, &QAction::triggered, this, &ResultPanel::tbReadOnlyClick);
+
+    // The grid's pop-up menu carries the same commands.
+    m_menu = new QMenu(this);
+    m_menu->setObjectName(QStringLiteral("PMGrid"));
+    for (auto [name, caption, action] : {std::tuple{"Refresh1", "Refresh", refresh}, {"Add1", "Add", add},
+                                         {"Delete1", "Delete", del}, {"Find1", "Find", find}}) {
+        QAction *item = m_menu->addAction(QString::fromLatin1(caption), action, &QAction::trigger);
+        item->setObjectName(QString::fromLatin1(name));
+        item->setShortcut(action->shortcut());
+        item->setShortcutVisibleInContextMenu(true);
+        item->setShortcutContext(Qt::WidgetShortcut); // the toolbar action owns the shortcut
+        connect(action, &QAction::changed, item, [item, action] {
+            item->setVisible(action->isVisible());
+            item->setEnabled(action->isEnabled());
+        });
+    }
+    m_grid->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(m_grid, &QWidget::customContextMenuRequested, this,
+            [this](const QPoint &pos) { m_menu->exec(m_grid->viewport()->mapToGlobal(pos)); });
+    connect(m_grid, &DBGridEh1::message, this, &ResultPanel::commandFailed);
+    connect(m_grid, &DBGridEh1::groupRequested, this, [this](int column) {
+        QVector<int> columns = m_grid->groupColumns();
+        if (!columns.contains(column))
+            columns << column;
+        setShowGrouppingDown(true);
+        setGroupColumns(columns);
+    });
+    connect(m_grouping, &ResultGroupingPanel::columnsChanged, this, &ResultPanel::setGroupColumns);
+    // Leaving a row writes its edits, as moving off an edited record does in any data grid.
+    connect(m_grid, &DBGridEh1::currentTableRowChanged, this,
+            [this](qint64 previous, qint64) { postRowIfPending(previous); });
+
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_toolbar);
+    layout->addWidget(m_grouping);
+    layout->addWidget(m_grid, 1);
+    m_confirmDelete = [this](int rows) {
+        return QMessageBox::question(this, QStringLiteral("Confirm"),
+                                     QStringLiteral("Delete %1 selected record(s)?").arg(rows))
+               == QMessageBox::Yes;
+    };
+    updateState();
+}
+
+QAction *ResultPanel::addButton(const char *name, const QString &hint, const QKeySequence &shortcut)
+{
+    QAction *action = m_toolbar->addAction(hint);
+    action->setObjectName(QString::fromLatin1(name));
+    action->setToolTip(hint);
+    if (!shortcut.isEmpty()) {
+        action->setShortcut(shortcut);
+        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        addAction(action);
+    }
+    m_toolbar->widgetForAction(action)->setObjectName(QString::fromLatin1(name));
+    return action;
+}
+
+template<typename Fn>
+void ResultPanel::guarded(Fn fn)
+{
+    try {
+        fn();
+    } catch (const VantryError &error) {
+        emit commandFailed(error.message());
+    }
+    m_grid->viewport()->update();
+    updateState();
+}
+
+void ResultPanel::openQuery(const QSqlDatabase &db, const QString &statement, qint64 recordLimit)
+{
+    closeResult();
+    m_query.open(db, statement, recordLimit);
+    showResult();
+}
+
+void ResultPanel::showResult()
+{
+    m_query.setReadOnly(readOnlyDown());
+    m_grid->setResult(m_query.table());
+    setGroupColumns({});
+    if (optimizeWidthDown())
+        m_grid->optimizeColumnWidths();
+    updateState();
+}
+
+void ResultPanel::closeResult()
+{
+    m_grid->setResult(nullptr);
+    m_query.close();
+    if (m_find)
+        m_find->hide();
+    updateState();
+}
+
+void ResultPanel::updateState()
+{
+    const bool open = m_query.isOpen();
+    const bool editable = open && !m_query.isReadOnly();
+    for (const char *name : {"tbAdd", "tbDelete", "tbClone"})
+        findChild<QAction *>(QString::fromLatin1(name))->setEnabled(editable);
+    findChild<QAction *>(QStringLiteral("tbPost"))->setEnabled(editable && !m_query.table()->pendingRows().isEmpty());
+    findChild<QAction *>(QStringLiteral("tbRefresh"))->setEnabled(!m_query.statement().isEmpty());
+    if (!open) {
+        m_status->clear();
+        return;
+    }
+    const ResultTable *table = m_query.table();
+    QString text = QStringLiteral("%1 rows%2").arg(table->fetchedRows()).arg(table->truncated() ? QStringLiteral(" (record limit reached)") : QString());
+    if (!m_query.source().writable)
+        text += QStringLiteral("  \u2022  Read-only: ") + m_query.readOnlyReason();
+    m_status->setText(text);
+}
+
+void ResultPanel::setGroupColumns(const QVector<int> &columns)
+{
+    QStringList names;
+    for (int column : columns)
+        names << m_grid->gridModel()->headerData(column, Qt::Horizontal).toString();
+    m_grouping->setColumns(columns, names);
+    m_grid->setGroupColumns(columns);
+}
+
+void ResultPanel::postRowIfPending(qint64 row)
+{
+    if (m_posting || row < 0 || !m_query.isOpen() || m_query.isReadOnly())
+        return;
+    const auto state = m_query.table()->rowState(row);
+    if (state != ResultTable::RowState::Modified && state != ResultTable::RowState::Inserted)
+        return;
+    m_posting = true;
+    guarded([&] { m_query.post(row); });
+    m_posting = false;
+}
+
+void ResultPanel::Refresh1Click()
+{
+    guarded([&] {
+        m_query.refresh();
+        showResult();
+    });
+}
+
+void ResultPanel::Add1Click()
+{
+    if (!m_query.isOpen() || m_query.isReadOnly())
+        return;
+    guarded([&] {
+        const qint64 row = m_query.table()->insertRow();
+        m_grid->refreshRows();
+        m_grid->setCurrentTableRow(row, 0);
+    });
+}
+
+void ResultPanel::tbPostClick()
+{
+    if (!m_query.isOpen() || m_query.isReadOnly())
+        return;
+    m_grid->commitEditor();
+    guarded([&] { m_query.postPending(); });
+}
+
+void ResultPanel::Delete1Click()
+{
+    if (!m_query.isOpen() || m_query.isReadOnly())
+        return;
+    const QList<qint64> rows = m_grid->selectedTableRows();
+    if (rows.isEmpty() || !m_confirmDelete(int(rows.size())))
+        return;
+    guarded([&] {
+        for (qint64 row : rows)
+            m_query.remove(row);
+    });
+    m_grid->refreshRows();
+}
+
+void ResultPanel::tbCloneClick()
+{
+    const qint64 source = m_grid->currentTableRow();
+    if (!m_query.isOpen() || m_query.isReadOnly() || source < 0)
+        return;
+    guarded([&] {
+        const qint64 row = m_query.table()->cloneRow(source);
+        m_grid->refreshRows();
+        m_grid->setCurrentTableRow(row, m_grid->currentIndex().column());
+    });
+}
+
+void ResultPanel::Find1Click()
+{
+    if (!m_query.isOpen())
+        return;
+    if (!m_find)
+        m_find = new ResultFindDialog(m_grid, this);
+    m_find->prepare(m_grid->currentIndex().isValid() ? m_grid->currentIndex().column() : -1);
+    m_find->show();
+    m_find->raise();
+}
+
+void ResultPanel::tbOptimizeWidthClick()
+{
+    if (m_query.isOpen())
+        m_grid->optimizeColumnWidths();
+}
+
+void ResultPanel::tbShowGrouppingClick()
+{
+    m_grouping->setVisible(showGrouppingDown());
+    if (!showGrouppingDown() && !m_grid->groupColumns().isEmpty())
+        setGroupColumns({});
+}
+
+void ResultPanel::tbReadOnlyClick()
+{
+    const bool down = readOnlyDown();
+    m_query.setReadOnly(down);
+    m_grid->setReadOnly(down);
+    for (const char *name : {"tbAdd", "tbDelete", "tbPost", "sp1", "sp2", "tbClone"})
+        findChild<QAction *>(QString::fromLatin1(name))->setVisible(!down);
+    updateState();
+}
+
+bool ResultPanel::readOnlyDown() const
+{
+    return findChild<QAction *>(QStringLiteral("tbReadOnly"))->isChecked();
+}
+
+void ResultPanel::setReadOnlyDown(bool down)
+{
+    findChild<QAction *>(QStringLiteral("tbReadOnly"))->setChecked(down);
+    tbReadOnlyClick();
+}
+
+bool ResultPanel::optimizeWidthDown() const
+{
+    return findChild<QAction *>(QStringLiteral("tbOptimizeWidth"))->isChecked();
+}
+
+void ResultPanel::setOptimizeWidthDown(bool down)
+{
+    findChild<QAction *>(QStringLiteral("tbOptimizeWidth"))->setChecked(down);
+}
+
+bool ResultPanel::showGrouppingDown() const
+{
+    return findChild<QAction *>(QStringLiteral("tbShowGroupping"))->isChecked();
+}
+
+void ResultPanel::setShowGrouppingDown(bool down)
+{
+    findChild<QAction *>(QStringLiteral("tbShowGroupping"))->setChecked(down);
+    tbShowGrouppingClick();
+}
