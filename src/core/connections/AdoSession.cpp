@@ -3,27 +3,54 @@
 #include "connections/AdoConnectionString.h"
 #include "connections/AdoToOdbc.h"
 
+#include <QRegularExpression>
 #include <QStringList>
 
 
+namespace {
+
+// The pieces of an ODBC connection string between ";" as written; a ";" inside braces belongs
+// to its value.
+QStringList rawPieces(const QString &text)
+{
+    QStringList pieces;
+    QString piece;
+    int depth = 0;
+    for (const QChar c : text) {
+        if (c == QLatin1Char('{'))
+            ++depth;
+        else if (c == QLatin1Char('}') && depth > 0)
+            --depth;
+        if (c == QLatin1Char(';') && depth == 0) {
+            pieces << piece;
+            piece.clear();
+        } else {
+            piece += c;
+        }
+    }
+    pieces << piece;
+    return pieces;
+}
+
+} // namespace
+
 QString qodbcDatabaseName(const QString &odbcConnectionString)
 {
+    static const QRegularExpression emptyLogin(QStringLiteral("^\\s*(UID|PWD)\\s*=\\s*$"),
+                                               QRegularExpression::CaseInsensitiveOption);
     QStringList kept;
-    for (const AdoToOdbc::Pair &pair : AdoToOdbc::parse(odbcConnectionString)) {
-        const QString key = pair.key.toUpper();
-        if ((key == QLatin1String("UID") || key == QLatin1String("PWD")) && pair.value.isEmpty())
-            continue;
-        kept << pair.key + QLatin1Char('=') + AdoToOdbc::odbcValue(pair.value);
-    }
-    QString name = kept.join(QLatin1Char(';'));
+    for (const QString &piece : rawPieces(odbcConnectionString))
+        if (!piece.trimmed().isEmpty() && !emptyLogin.match(piece).hasMatch())
+            kept << piece;
+    const QString name = kept.join(QLatin1Char(';'));
     const bool passedAsItIs = !name.contains(QLatin1String(".dsn"), Qt::CaseInsensitive)
                               && (name.contains(QLatin1String("DRIVER="), Qt::CaseInsensitive)
                                   || name.contains(QLatin1String("SERVER="), Qt::CaseInsensitive));
     if (passedAsItIs)
         return name;
     for (const QLatin1String keyword : {QLatin1String("FILEDSN="), QLatin1String("DSN=")}) {
-        if (name.startsWith(keyword, Qt::CaseInsensitive))
-            return name.mid(keyword.size());
+        if (name.trimmed().startsWith(keyword, Qt::CaseInsensitive))
+            return name.trimmed().mid(keyword.size());
     }
     return name;
 }
