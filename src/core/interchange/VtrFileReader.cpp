@@ -97,6 +97,9 @@ qint64 TvtrFileReader::LineStartFromEnd(int lines, qint64 stretch)
     for (qint64 length = stretch;; length += stretch)
     {
         const qint64 newStart = std::max<qint64>(0, size - length);
+        // Line ends are counted from the stretch's start, as if a line began there: a two-byte
+        // terminator cut by that start counts as its second byte's own line end. Deliberate:
+        // the result is the one a scan of exactly that stretch gives, whatever the stretch.
         // Each stretch is scanned once: the scan of the larger stretch stops where the previous
         // one began as soon as it is in step with it, and takes the line ends found before.
         std::vector<qint64> found;

@@ -3,6 +3,7 @@
 
 #include "app/VantryError.h"
 #include "interchange/VtrFileReader.h"
+#include "LineStartOracle.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -23,31 +24,6 @@ Lines ReadAll(TvtrFileReader &reader)
     while (!reader.Eof())
         lines.append(reader.ReadLn());
     return lines;
-}
-
-// The line start the brute-force way: every stretch scanned from its start to the end of file.
-qint64 NaiveLineStartFromEnd(const QByteArray &data, TLineTerminators mask, int lines,
-                             qint64 stretch)
-{
-    QBuffer buffer;
-    buffer.setData(data);
-    buffer.open(QIODevice::ReadOnly);
-    TBufferedFileReader reader(&buffer, 5);
-    for (qint64 length = stretch;; length += stretch)
-    {
-        const qint64 start = std::max<qint64>(0, data.size() - length);
-        reader.Seek(start);
-        std::vector<qint64> ends;
-        while (!reader.Eof())
-        {
-            reader.SkipLine(mask);
-            ends.push_back(reader.Position());
-        }
-        if (qint64(ends.size()) > lines)
-            return ends[ends.size() - 1 - size_t(lines)];
-        if (start == 0)
-            return 0;
-    }
 }
 
 } // namespace
