@@ -52,7 +52,7 @@ bool TvtrFileReader::CollectLineEnds(qint64 from, qint64 sync, std::vector<qint6
     Seek(from);
     if (m_terminators == 0)
         return false;
-    const TByteSet stops = TerminatorStarts(m_terminators);
+    const TByteSet &stops = StopsFor(m_terminators);
     bool lineOpen = false; // bytes consumed since the last line end
     for (;;)
     {

@@ -305,6 +305,16 @@ TByteSet AReaderEx::TerminatorStarts(TLineTerminators mask)
     return set;
 }
 
+const TByteSet &AReaderEx::StopsFor(TLineTerminators mask)
+{
+    if (m_stopsMask != mask)
+    {
+        m_stops = TerminatorStarts(mask);
+        m_stopsMask = mask;
+    }
+    return m_stops;
+}
+
 bool AReaderEx::CompleteTerminator(uchar first, TLineTerminators mask)
 {
     return EndsLine(first, mask, [this](char16_t next) { return MatchChar(char(next)); });
@@ -328,7 +338,7 @@ void AReaderEx::ScanLine(QByteArray *line, qint64 limit, TLineTerminators mask)
 {
     if (mask == 0)
         return;
-    const TByteSet stops = TerminatorStarts(mask);
+    const TByteSet &stops = StopsFor(mask);
     qint64 skipped = 0; // bytes a SkipLine has passed, for the limit
     for (;;)
     {
@@ -362,7 +372,7 @@ QByteArray AReaderEx::ExtractLine(qint64 limit, TLineTerminators mask)
     // Fast path: a line that ends inside the window is copied once, with no reallocation.
     if (mask != 0 && limit < 0 && m_cur != m_end)
     {
-        const TByteSet stops = TerminatorStarts(mask);
+        const TByteSet &stops = StopsFor(mask);
         const uchar *stop = stops.FindFirst(m_cur, m_end);
         if (stop != m_end && stop + 1 != m_end)
         {

@@ -158,10 +158,16 @@ protected:
     const uchar *m_cur = nullptr;
     const uchar *m_end = nullptr;
 
+    // TerminatorStarts(mask), kept for the last mask asked for: line reading asks once a line.
+    const TByteSet &StopsFor(TLineTerminators mask);
+
 private:
     // Moves to the next byte of the set or end of file; returns how many bytes were passed.
     qint64 SkipTo(const TByteSet &stops);
     void ScanLine(QByteArray *line, qint64 limit, TLineTerminators mask);
+
+    TByteSet m_stops;
+    int m_stopsMask = -1;
 };
 
 class AReaderProxy : public AReaderEx
