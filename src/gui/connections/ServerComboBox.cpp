@@ -1,0 +1,70 @@
+#include "connections/ServerComboBox.h"
+
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QWheelEvent>
+
+TServerComboBox::TServerComboBox(QWidget *parent)
+    : QComboBox(parent)
+{
+    setEditable(true);
+    // Enter must not add the typed text to the list.
+    setInsertPolicy(QComboBox::NoInsert);
+}
+
+void TServerComboBox::setDropDown(bool on)
+{
+    if (on == m_dropDown)
+        return;
+    m_dropDown = on;
+    if (!on)
+        hidePopup();
+    // Without the arrow the box draws as a plain edit box.
+    setStyleSheet(on ? QString()
+                     : QStringLiteral("QComboBox::drop-down { width: 0px; border: none; }"
+                                      "QComboBox::down-arrow { image: none; }"));
+}
+
+void TServerComboBox::replaceItems(const QStringList &items)
+{
+    const QString typed = currentText();
+    const QSignalBlocker block(this);
+    clear();
+    addItems(items);
+    setCurrentIndex(-1);
+    setEditText(typed);
+}
+
+void TServerComboBox::showPopup()
+{
+    if (m_dropDown)
+        QComboBox::showPopup();
+}
+
+void TServerComboBox::keyPressEvent(QKeyEvent *event)
+{
+    if (!m_dropDown) {
+        // Keys that would step through or open the list do nothing in a plain edit box.
+        switch (event->key()) {
+        case Qt::Key_Up:
+        case Qt::Key_Down:
+        case Qt::Key_PageUp:
+        case Qt::Key_PageDown:
+        case Qt::Key_F4:
+            event->ignore();
+            return;
+        default:
+            break;
+        }
+    }
+    QComboBox::keyPressEvent(event);
+}
+
+void TServerComboBox::wheelEvent(QWheelEvent *event)
+{
+    if (!m_dropDown) {
+        event->ignore();
+        return;
+    }
+    QComboBox::wheelEvent(event);
+}
