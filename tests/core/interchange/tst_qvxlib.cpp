@@ -30,24 +30,24 @@ void WriteBytes(const QString &name, const QByteArray &bytes)
         qFatal("cannot write %s", qPrintable(name));
 }
 
-struct FieldSpec
+struct FieldLayout
 {
     TQvxFieldType type;
     TQvxFieldExtent extent;
     int width;
 };
 
-// A file object with one field per spec, named f0, f1, ...
-void SetFields(TQVXFile &file, const QList<FieldSpec> &specs)
+// A file object with one field per layout, named f0, f1, ...
+void SetFields(TQVXFile &file, const QList<FieldLayout> &layouts)
 {
-    file.SetFieldCount(int(specs.size()));
-    for (int i = 0; i < specs.size(); ++i)
+    file.SetFieldCount(int(layouts.size()));
+    for (int i = 0; i < layouts.size(); ++i)
     {
         TQwField &field = file.Field(i);
         field.FieldName = QStringLiteral("f%1").arg(i);
-        field.Type = specs[i].type;
-        field.Extent = specs[i].extent;
-        field.ByteWidth = specs[i].width;
+        field.Type = layouts[i].type;
+        field.Extent = layouts[i].extent;
+        field.ByteWidth = layouts[i].width;
     }
 }
 
@@ -194,7 +194,7 @@ private slots:
     void writtenFileReadBack()
     {
         QFETCH(bool, separators);
-        const QList<FieldSpec> specs = {
+        const QList<FieldLayout> layouts = {
             {TQvxFieldType::QVX_TEXT, TQvxFieldExtent::QVX_COUNTED, 1},
             {TQvxFieldType::QVX_TEXT, TQvxFieldExtent::QVX_COUNTED, 2},
             {TQvxFieldType::QVX_SIGNED_INTEGER, TQvxFieldExtent::QVX_FIX, 4},
@@ -213,7 +213,7 @@ private slots:
         TQVXFile written;
         written.FileName = NewName();
         written.UsesSeparatorByte = separators;
-        SetFields(written, specs);
+        SetFields(written, layouts);
         written.WriteHeader();
         for (const QVariantList &row : rows)
         {
@@ -226,7 +226,7 @@ private slots:
         TQVXFile read;
         read.FileName = written.FileName;
         read.ReadHeader();
-        QCOMPARE(read.FieldCount(), specs.size());
+        QCOMPARE(read.FieldCount(), layouts.size());
         QCOMPARE(read.UsesSeparatorByte, separators);
         for (int r = 0; r < rows.size(); ++r)
         {
