@@ -1,10 +1,12 @@
 #include "app/MdmUn.h"
 
 #include "app/CatalogueSchema.h"
+#include "app/SampleDatabase.h"
 #include "app/SqlExec.h"
 #include "app/SqlHistory.h"
 #include "app/StampColumns.h"
 #include "app/VantryError.h"
+#include "connections/ConnectionTypes.h"
 
 #include <QAtomicInt>
 #include <QFileInfo>
@@ -70,6 +72,17 @@ void TMdm::open()
 void TMdm::createNew()
 {
     CatalogueSchema::create(m_db);
+    // A first start shows something real: a small sample database and a connection to it.
+    const QString sampleFile = QFileInfo(m_fileName).absolutePath() + QStringLiteral("/sample.sqlite");
+    if (!QFileInfo::exists(sampleFile))
+        SampleDatabase::create(sampleFile);
+    ConnectionRow sample;
+    sample.connectionName = SampleDatabase::connectionName();
+    sample.connectionParameters = SampleDatabase::packedParameters(sampleFile);
+    sample.connectionType = ConnectionTypes::codeOfType(dsSqLite);
+    stampCreated(sample.stamps);
+    stampChanged(sample.stamps);
+    postConnection(sample);
 }
 
 int TMdm::GetID(int idType)

@@ -3,11 +3,14 @@
 #include "components/SqlEditor.h"
 #include "interchange/DMToolsUn.h"
 #include "workspace/ConnectionGridModel.h"
+#include "workspace/ConnectionList.h"
+#include "workspace/ResultPanel.h"
 #include "workspace/SqlLogFrameUn.h"
 #include "workspace/SqlUn.h"
 
 #include <Qsci/qsciscintilla.h>
 
+#include <QAction>
 #include <QComboBox>
 #include <QHeaderView>
 #include <QLabel>
@@ -71,9 +74,11 @@ private:
     {
         auto *adptop = new QWidget(f);
         adptop->setObjectName(QStringLiteral("adptop"));
-        auto *row = new QHBoxLayout(adptop);
-        row->setContentsMargins(2, 0, 2, 0);
-        row->setSpacing(4);
+        auto *rows = new QVBoxLayout(adptop);
+        rows->setContentsMargins(2, 0, 2, 0);
+        rows->setSpacing(0);
+        auto *row = new QHBoxLayout;
+        rows->addLayout(row);
 
         QToolBar *tb1 = f->tb1 = toolbar(adptop, "tb1");
         QObject::connect(tool(tb1, "tbShowSql", QStringLiteral("SQL"), QStringLiteral("Show Sql Statement"), true, true),
@@ -96,6 +101,7 @@ private:
         tb1->addWidget(f->m_cbStyle);
         QObject::connect(f->m_cbStyle, QOverload<int>::of(&QComboBox::activated), f, &TSqlFrm::cbStyleChange);
         row->addWidget(tb1);
+        row->addStretch();
 
         QToolBar *tb2 = f->tb2 = toolbar(adptop, "tb2");
         QToolButton *open = tool(tb2, "tbOpen", QStringLiteral("Open"), QStringLiteral("Open"));
@@ -132,14 +138,14 @@ private:
         f->seRecords->setValue(1000);
         f->seRecords->setToolTip(QStringLiteral("Records to Fetch"));
         tb2->addWidget(f->seRecords);
-        row->addWidget(tb2, 1);
+        rows->addWidget(tb2);
 
         // The editor commands only forward to the editor control.
-        QObject::connect(cut, &QToolButton::clicked, f, [this] { f->se->cut(); });
-        QObject::connect(copy, &QToolButton::clicked, f, [this] { f->se->copy(); });
-        QObject::connect(paste, &QToolButton::clicked, f, [this] { f->se->paste(); });
-        QObject::connect(undo, &QToolButton::clicked, f, [this] { f->se->undo(); });
-        QObject::connect(redo, &QToolButton::clicked, f, [this] { f->se->redo(); });
+        QObject::connect(cut, &QToolButton::clicked, f, [f = this->f] { f->se->cut(); });
+        QObject::connect(copy, &QToolButton::clicked, f, [f = this->f] { f->se->copy(); });
+        QObject::connect(paste, &QToolButton::clicked, f, [f = this->f] { f->se->paste(); });
+        QObject::connect(undo, &QToolButton::clicked, f, [f = this->f] { f->se->undo(); });
+        QObject::connect(redo, &QToolButton::clicked, f, [f = this->f] { f->se->redo(); });
         open->setEnabled(false);
         save->setEnabled(false);
         for (const char *name : {"tbPrintSQL", "tbPrintPreview", "tbFindSQL", "rbRepeatSearch", "tbReS", "tbSQLBuilder"})
@@ -158,6 +164,32 @@ private:
         layout->addWidget(title);
         *layoutOut = layout;
         return panel;
+    }
+
+    QAction *menuItem(QWidget *owner, const char *name, const QString &caption, const QKeySequence &key,
+                      void (TSqlFrm::*slot)())
+    {
+        auto *a = new QAction(caption, owner);
+        a->setObjectName(QString::fromLatin1(name));
+        a->setShortcut(key);
+        a->setShortcutContext(Qt::WidgetShortcut);
+        owner->addAction(a);
+        QObject::connect(a, &QAction::triggered, f, slot);
+        return a;
+    }
+
+    // The connection grid's pop-up menu PMC.
+    void addConnectionMenu()
+    {
+        QTableView *grid = f->ConnectionsGrid;
+        menuItem(grid, "ConnectionPropertiesItem", QStringLiteral("Properties"), QKeySequence(Qt::Key_F2),
+                 &TSqlFrm::ConnectionPropertiesItemClick);
+        menuItem(grid, "AddConnectionItem", QStringLiteral("Add"), QKeySequence(Qt::Key_Insert),
+                 &TSqlFrm::AddConnectionItemClick);
+        menuItem(grid, "DeleteConnectionItem", QStringLiteral("Delete"), QKeySequence(Qt::CTRL | Qt::Key_Delete),
+                 &TSqlFrm::DeleteConnectionItemClick);
+        menuItem(grid, "RefreshConnectionItm", QStringLiteral("Refresh"), {}, &TSqlFrm::RefreshConnectionItmClick);
+        menuItem(grid, "N7", QStringLiteral("Close Connection"), {}, &TSqlFrm::N7Click);
     }
 
     QWidget *buildConnectionsPanel()
@@ -185,6 +217,18 @@ private:
         f->ConnectionsGrid->setColumnWidth(0, 40);
         f->ConnectionsGrid->horizontalHeader()->setStretchLastSection(true);
         f->ConnectionsGrid->setContextMenuPolicy(Qt::ActionsContextMenu);
+        addConnectionMenu();
+        QObject::connect(f->ConnectionsGrid->selectionModel(), &QItemSelectionModel::currentRowChanged, f,
+                         [f = this->f](const QModelIndex &current) {
+                             if (current.isValid())
+                                 f->m_connections->setCurrentIndex(current.row());
+                         });
+        QObject::connect(f->m_connections, &ConnectionList::currentChanged, f, [f = this->f](int row) {
+            const QModelIndex index = f->m_connectionModel->index(row, 1);
+            if (index.isValid() && f->ConnectionsGrid->currentIndex().row() != row)
+                f->ConnectionsGrid->setCurrentIndex(index);
+        });
+        QObject::connect(f->ConnectionsGrid, &QTableView::clicked, f, &TSqlFrm::cbConListClick);
         f->Splitter2->addWidget(f->ConnectionsGrid);
 
         f->TablesPanel = new QWidget(f->Splitter2);
@@ -200,6 +244,12 @@ private:
         f->lbTablesList = new QListWidget(f->TablesPanel);
         f->lbTablesList->setObjectName(QStringLiteral("lbTablesList"));
         f->lbTablesList->setToolTip(QStringLiteral("All Tables"));
+        f->lbTablesList->setContextMenuPolicy(Qt::ActionsContextMenu);
+        menuItem(f->lbTablesList, "Selectfromtable1", QStringLiteral("Select * from table"), {}, &TSqlFrm::Selectfromtable1Click);
+        menuItem(f->lbTablesList, "Deletefromtable1", QStringLiteral("Delete from table"), {}, &TSqlFrm::Deletefromtable1Click);
+        menuItem(f->lbTablesList, "runcatetable1", QStringLiteral("Truncate table"), {}, &TSqlFrm::runcatetable1Click);
+        QObject::connect(f->lbTablesList, &QListWidget::itemClicked, f, &TSqlFrm::lbTablesListClick);
+        QObject::connect(f->JvIncSearch, &QLineEdit::textChanged, f, &TSqlFrm::JvIncSearchChange);
         tables->addWidget(f->lbTablesList, 1);
         f->lb = new QListWidget(f->TablesPanel);
         f->lb->setObjectName(QStringLiteral("lb"));
@@ -243,8 +293,11 @@ private:
         sqlLayout->addWidget(f->se, 1);
         f->Splitter1->addWidget(f->SqlPanel);
 
-        f->Panel3 = new QWidget(f->Splitter1);
+        f->Panel3 = new ResultPanel(f->Splitter1);
         f->Panel3->setObjectName(QStringLiteral("Panel3"));
+        QObject::connect(f->Panel3, &ResultPanel::commandFailed, f, [f = this->f](const QString &message) {
+            f->logFailure(f->Panel3->query().statement(), message);
+        });
         f->Splitter1->addWidget(f->Panel3);
 
         f->LogPanel = new TSqlLogFrame(f->Splitter1);

@@ -1,6 +1,7 @@
 #include "workspace/SqlFrmSettings.h"
 
 #include "app/SettingsStore.h"
+#include "workspace/ResultPanel.h"
 #include "workspace/SqlUn.h"
 
 #include <Qsci/qsciscintilla.h>
@@ -15,8 +16,21 @@ namespace {
 const QString kPath = QStringLiteral("SQL\\");
 
 // The tab's toggle buttons whose down state is stored.
-const char *const kButtons[] = {"tbReadOnly",     "tbOptimizeWidth", "tbShowGroupping", "tbShowConnections",
-                                "tbShowLog",      "tbShowSql",       "cbAutoClearLog"};
+const char *const kButtons[] = {"tbShowConnections", "tbShowLog", "tbShowSql", "cbAutoClearLog"};
+
+// The result area's three switches, kept with the tab's other settings.
+struct PanelSwitch
+{
+    const char *property;
+    bool (ResultPanel::*get)() const;
+    void (ResultPanel::*set)(bool);
+};
+
+const PanelSwitch kPanelSwitches[] = {
+    {"tbReadOnly.Down", &ResultPanel::readOnlyDown, &ResultPanel::setReadOnlyDown},
+    {"tbOptimizeWidth.Down", &ResultPanel::optimizeWidthDown, &ResultPanel::setOptimizeWidthDown},
+    {"tbShowGroupping.Down", &ResultPanel::showGrouppingDown, &ResultPanel::setShowGrouppingDown},
+};
 
 template <typename T> T *child(TSqlFrm *frame, const char *name)
 {
@@ -50,6 +64,12 @@ void restore(TSqlFrm *frame, SettingsStore &store)
         if (QToolButton *b = child<QToolButton>(frame, name); b && store.contains(kPath, key))
             b->setChecked(store.readBool(kPath, key, b->isChecked()));
     }
+    ResultPanel *panel = frame->resultPanel();
+    for (const PanelSwitch &sw : kPanelSwitches) {
+        const QString key = QString::fromLatin1(sw.property);
+        if (store.contains(kPath, key))
+            (panel->*sw.set)(store.readBool(kPath, key, (panel->*sw.get)()));
+    }
     for (const PaneSize &p : kPanes) {
         auto *splitter = child<QSplitter>(frame, p.splitter);
         const int size = store.readInt(kPath, QString::fromLatin1(p.property), -1);
@@ -79,6 +99,8 @@ void save(TSqlFrm *frame, SettingsStore &store)
         const QToolButton *b = child<QToolButton>(frame, name);
         store.writeBool(kPath, QString::fromLatin1(name) + QStringLiteral(".Down"), b && b->isChecked());
     }
+    for (const PanelSwitch &sw : kPanelSwitches)
+        store.writeBool(kPath, QString::fromLatin1(sw.property), (frame->resultPanel()->*sw.get)());
     for (const PaneSize &p : kPanes) {
         auto *splitter = child<QSplitter>(frame, p.splitter);
         const QList<int> sizes = splitter ? splitter->sizes() : QList<int>();

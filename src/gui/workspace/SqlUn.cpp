@@ -1,19 +1,22 @@
 #include "workspace/SqlUn.h"
 
 #include "app/StatusMessage.h"
+#include "connections/impDMun.h"
 #include "interchange/DMToolsUn.h"
 #include "workspace/ConnectionGridModel.h"
 #include "workspace/ConnectionList.h"
+#include "workspace/ResultPanel.h"
 #include "workspace/SqlFrmSettings.h"
 #include "workspace/SqlLogFrameUn.h"
 
 #include <Qsci/qsciscintilla.h>
 
-#include <QAction>
 #include <QApplication>
 #include <QComboBox>
+#include <QListWidget>
 #include <QSpinBox>
 #include <QSplitter>
+#include <QTabWidget>
 #include <QTableView>
 #include <QToolBar>
 #include <QToolButton>
@@ -26,6 +29,7 @@ TSqlFrm::TSqlFrm(const AppServices &services, QObject *mainWindow, QWidget *pare
     setObjectName(QStringLiteral("SqlFrm"));
     m_connections = new ConnectionList(services.catalogue, this);
     m_connectionModel = new ConnectionGridModel(m_connections, this);
+    m_connection.setStatusCallback([this](const QString &text) { setStatus(text); });
     buildSqlFrm(this);
 }
 
@@ -65,8 +69,12 @@ void TSqlFrm::fsRestorePlacement()
     tbShowSqlClick();
     tbShowConnectionsClick();
     tbShowLogClick();
+    Panel3->tbReadOnlyClick();
+    Panel3->tbShowGrouppingClick();
     cbStyleChange();
 }
+
+// ---- panels -------------------------------------------------------------------------------------
 
 void TSqlFrm::tbShowSqlClick()
 {
@@ -85,23 +93,23 @@ void TSqlFrm::tbShowConnectionsClick()
 
 void TSqlFrm::tbShowLogClick()
 {
-    if (button("tbShowLog")->isChecked()) {
-        QApplication::processEvents();
-        LogPanel->setVisible(true);
-        QList<int> sizes = Splitter1->sizes();
-        if (sizes.size() == 3 && sizes[2] < 150) {
-            sizes[1] = qMax(0, sizes[1] - (150 - sizes[2]));
-            sizes[2] = 150;
-            Splitter1->setSizes(sizes);
-        }
-    } else {
+    if (!button("tbShowLog")->isChecked()) {
         LogPanel->setVisible(false);
+        return;
+    }
+    QApplication::processEvents();
+    LogPanel->setVisible(true);
+    QList<int> sizes = Splitter1->sizes();
+    if (sizes.size() == 3 && sizes[2] < 150) {
+        sizes[1] = qMax(0, sizes[1] - (150 - sizes[2]));
+        sizes[2] = 150;
+        Splitter1->setSizes(sizes);
     }
 }
 
 void TSqlFrm::tbShowSystemTablesClick()
 {
-    // The table list arrives with the live connections; until then there is nothing to reload.
+    cbConListClick();
 }
 
 void TSqlFrm::toggleShowSql()
@@ -135,21 +143,85 @@ void TSqlFrm::cbStyleChange()
     saveSettings();
 }
 
-void TSqlFrm::ToolButton7Click() {}
-void TSqlFrm::tbRunScriptClick() {}
-void TSqlFrm::SBPreviosClick() {}
-void TSqlFrm::SBNextClick() {}
-void TSqlFrm::sbSqlSelectClick() {}
-void TSqlFrm::tbSqlBuilderClick() {}
-void TSqlFrm::ConnectionPropertiesItemClick() {}
-void TSqlFrm::AddConnectionItemClick() {}
+// ---- the connection panel -----------------------------------------------------------------------
+
+TReaderConnection TSqlFrm::GetConnection()
+{
+    if (!m_fixedRecord) {
+        if (const ConnectionRow *row = m_connections->current())
+            m_record = WorkspaceConnection::recordFromStored(row->connectionParameters);
+    }
+    return m_record;
+}
+
+void TSqlFrm::setFixedConnection(const TReaderConnection &record)
+{
+    m_record = record;
+    m_fixedRecord = true;
+}
+
+void TSqlFrm::connectCurrent()
+{
+    m_connection.connect(GetConnection());
+}
+
+void TSqlFrm::cbConListClick()
+{
+    lbTablesList->clear();
+    lb->clear();
+    const bool systemTables = button("tbShowSystemTables")->isChecked();
+    const TReaderConnection record = GetConnection();
+    QStringList names;
+    if (m_services.discovery)
+        m_services.discovery->GetTablesListR(record, names, true, systemTables);
+    setStatus(QStringLiteral("OK."));
+    setTableNames(names);
+    // Only the page's caption changes: the paths stay as they are until the next run.
+    for (QWidget *w = parentWidget(); w; w = w->parentWidget()) {
+        if (auto *pager = qobject_cast<QTabWidget *>(w)) {
+            const int index = pager->indexOf(this);
+            if (index >= 0)
+                pager->setTabText(index, QStringLiteral("SQL Editor [") + record.Description + QLatin1Char(']'));
+            break;
+        }
+    }
+}
+
+void TSqlFrm::setTableNames(const QStringList &names)
+{
+    lb->clear();
+    lb->addItems(names);
+    JvIncSearchChange();
+}
+
+void TSqlFrm::ConnectionPropertiesItemClick()
+{
+    m_connections->editCurrent();
+    runConnectionDialog();
+}
+
+void TSqlFrm::AddConnectionItemClick()
+{
+    m_connections->insertRow();
+    runConnectionDialog();
+}
 
 void TSqlFrm::DeleteConnectionItemClick()
 {
+    // Deleting a connection asks nothing.
     m_connections->deleteCurrent();
 }
 
 void TSqlFrm::RefreshConnectionItmClick()
 {
     m_connections->reopen();
+}
+
+void TSqlFrm::N7Click()
+{
+    Panel3->closeResult();
+    lb->clear();
+    lbTablesList->clear();
+    // Only the universal and ADO paths close here; an Oracle session is deliberately left open.
+    m_connection.closeConnection();
 }

@@ -1,20 +1,23 @@
 #pragma once
 #include "app/AppServices.h"
+#include "connections/WorkspaceConnection.h"
+#include "connections/vtrIL.h"
 
 #include <QWidget>
 
 class ConnectionList;
 class ConnectionGridModel;
 class QComboBox;
-class QLabel;
 class QLineEdit;
 class QListWidget;
+class QMenu;
 class QSpinBox;
 class QSplitter;
 class QTableView;
 class QToolBar;
 class QToolButton;
 class QsciScintilla;
+class ResultPanel;
 class TSqlLogFrame;
 
 // One workspace tab: the connection panel with the table list on the left, the SQL editor, the
@@ -30,12 +33,28 @@ public:
     QComboBox *cbStyle() const { return m_cbStyle; }
     QsciScintilla *editor() const { return se; }
     TSqlLogFrame *log() const { return LogPanel; }
+    ResultPanel *resultPanel() const { return Panel3; }
+    WorkspaceConnection &connection() { return m_connection; }
+    QListWidget *tablesList() const { return lbTablesList; }
 
     // Stored settings under "SQL\", shared by every tab.
     void restoreSettings();
     void saveSettings();
 
     void setStatus(const QString &text);
+
+    // The record of the connection row under the grid's cursor, path macros expanded; with no
+    // current row, the record of the previous call.
+    TReaderConnection GetConnection();
+    // A frame that works on one handed-in record instead of the connection grid (the table browser).
+    void setFixedConnection(const TReaderConnection &record);
+    // Disconnects every path and opens the current record's path. Throws VantryError.
+    void connectCurrent();
+    // Whether the connection dialog may change a connection's type.
+    void setTypeLocked(bool locked) { m_typeLocked = locked; }
+
+    // Fills the table list from names (the table browser hands in its own).
+    void setTableNames(const QStringList &names);
 
 signals:
     void addTabRequested();
@@ -63,20 +82,40 @@ public slots:
     void sbSqlSelectClick();
     void tbSqlBuilderClick();
 
-    // The connection grid's pop-up menu.
+    // The connection grid and its pop-up menu.
+    void cbConListClick();
     void ConnectionPropertiesItemClick();
     void AddConnectionItemClick();
     void DeleteConnectionItemClick();
     void RefreshConnectionItmClick();
+    void N7Click();  // Close Connection
+
+    // The table list and its pop-up menu.
+    void JvIncSearchChange();
+    void lbTablesListClick();
+    void Selectfromtable1Click();
+    void Deletefromtable1Click();
+    void runcatetable1Click();  // Truncate table
 
 private:
     friend class SqlFrmBuilder;
     QToolButton *button(const char *name) const;
+    QString selectedTable() const;
+    bool onOraclePath() const;
+    void runConnectionDialog();
+    // Runs `work` as one logged statement: errors go to the log with level 2 and status "Error".
+    template <typename Work> void logged(const QString &statement, Work work);
+    void logFailure(const QString &statement, const QString &message);
+    void runQuery(const QString &statement);
 
     AppServices m_services;
     QObject *m_mainWindow;
     ConnectionList *m_connections = nullptr;
     ConnectionGridModel *m_connectionModel = nullptr;
+    WorkspaceConnection m_connection;
+    TReaderConnection m_record;
+    bool m_fixedRecord = false;
+    bool m_typeLocked = false;
 
     QToolBar *tb1 = nullptr;
     QToolBar *tb2 = nullptr;
@@ -94,6 +133,6 @@ private:
     QListWidget *lb = nullptr;
     QWidget *SqlPanel = nullptr;
     QsciScintilla *se = nullptr;
-    QWidget *Panel3 = nullptr;
+    ResultPanel *Panel3 = nullptr;
     TSqlLogFrame *LogPanel = nullptr;
 };

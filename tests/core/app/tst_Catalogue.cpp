@@ -52,7 +52,14 @@ private slots:
         const QString file = home.file(QStringLiteral("db.sqlite"));
         TMdm mdm(file);
         QVERIFY(QFile::exists(file));
-        QCOMPARE(idGeneratorValue(mdm, 1), 0);
+        // The one stored connection of a new catalogue points at the sample database beside it.
+        const QList<ConnectionRow> rows = mdm.connections();
+        QCOMPARE(rows.size(), 1);
+        QCOMPARE(rows[0].connectionName, QStringLiteral("Sample (SQLite)"));
+        QCOMPARE(rows[0].connectionId, 1);
+        QCOMPARE(rows[0].connectionType, 349);
+        QVERIFY(QFile::exists(home.file(QStringLiteral("sample.sqlite"))));
+        QCOMPARE(idGeneratorValue(mdm, 1), 1);
         QCOMPARE(idGeneratorValue(mdm, 10), 0);
         QVERIFY(mdm.history().isEmpty());
     }
@@ -103,19 +110,19 @@ private slots:
     {
         TempHome home;
         TMdm mdm(home.file(QStringLiteral("db.sqlite")));
-        mdm.GetID(1);  // sequence 1 is now at 1: the next row must get 2
+        mdm.GetID(1);  // the sample took 1, this call 2: the next row must get 3
         ConnectionRow row;
         row.connectionName = QStringLiteral("first");
         row.connectionParameters = QByteArray("\x00\x01packed", 8);
         mdm.postConnection(row);
-        QCOMPARE(row.connectionId, 2);
-        QCOMPARE(idGeneratorValue(mdm, 1), 2);
+        QCOMPARE(row.connectionId, 3);
+        QCOMPARE(idGeneratorValue(mdm, 1), 3);
 
         row.connectionName = QStringLiteral("renamed");
         mdm.postConnection(row);
-        QCOMPARE(row.connectionId, 2);
-        QCOMPARE(idGeneratorValue(mdm, 1), 2);
-        const auto stored = mdm.connection(2);
+        QCOMPARE(row.connectionId, 3);
+        QCOMPARE(idGeneratorValue(mdm, 1), 3);
+        const auto stored = mdm.connection(3);
         QVERIFY(stored);
         QCOMPARE(stored->connectionName, QStringLiteral("renamed"));
         QCOMPARE(stored->connectionParameters, row.connectionParameters);
@@ -196,8 +203,8 @@ private slots:
         }
         QCOMPARE(total, 2 * perProcess);
         QCOMPARE(int(ids.size()), 2 * perProcess);
-        QCOMPARE(*ids.begin(), 1);
-        QCOMPARE(*ids.rbegin(), 2 * perProcess);
+        QCOMPARE(*ids.begin(), 2);  // 1 went to the sample connection
+        QCOMPARE(*ids.rbegin(), 2 * perProcess + 1);
     }
 };
 

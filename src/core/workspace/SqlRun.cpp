@@ -1,0 +1,78 @@
+#include "workspace/SqlRun.h"
+
+#include "app/SqlHistory.h"
+#include "app/VantryError.h"
+
+#include <QSqlError>
+#include <QSqlQuery>
+
+namespace {
+
+// A chunk of nothing but blank lines (two delimiter lines in a row, a trailing line break) is not
+// sent to the server: it would only come back as an "empty statement" error.
+void addChunk(QStringList &chunks, const QStringList &lines)
+{
+    const QString chunk = lines.join(QLatin1Char('\n'));
+    if (!chunk.trimmed().isEmpty())
+        chunks << chunk;
+}
+
+} // namespace
+
+namespace SqlRun {
+
+QString statementText(const QString &selectedText, const QString &wholeText)
+{
+    return (selectedText.isEmpty() ? wholeText : selectedText).trimmed();
+}
+
+bool isQuery(const QString &statement)
+{
+    return statement.toUpper().trimmed().left(6) == QLatin1String("SELECT");
+}
+
+QStringList scriptChunks(const QString &script, const QString &delimiter)
+{
+    const QString mark = delimiter.trimmed().toUpper();
+    QStringList chunks;
+    QStringList buffer;
+    QString text = script;
+    text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    text.replace(QLatin1Char('\r'), QLatin1Char('\n'));
+    const QStringList lines = text.split(QLatin1Char('\n'));
+    for (const QString &line : lines) {
+        if (line.trimmed().toUpper() == mark) {
+            addChunk(chunks, buffer);
+            buffer.clear();
+        } else {
+            buffer << line;
+        }
+    }
+    addChunk(chunks, buffer);
+    return chunks;
+}
+
+bool shouldRecord(const SqlHistory &history, const QString &statement)
+{
+    const HistoryRow *current = history.current();
+    return !current || current->executedSql != statement;
+}
+
+QString shortTextQuery(const QString &table)
+{
+    return QStringLiteral("select ") + table + QStringLiteral(".* from ") + table;
+}
+
+void executeCommand(const QSqlDatabase &db, const QString &statement)
+{
+    QSqlQuery query(db);
+    if (!query.exec(statement)) {
+        const QSqlError error = query.lastError();
+        QString text = error.databaseText().trimmed();
+        if (text.isEmpty())
+            text = error.text().trimmed();
+        throw VantryError(text.isEmpty() ? QStringLiteral("The statement failed without a message from the driver.") : text);
+    }
+}
+
+} // namespace SqlRun
