@@ -47,6 +47,12 @@ DBGridEh1::DBGridEh1(QWidget *parent) : QTableView(parent)
             });
 }
 
+DBGridEh1::~DBGridEh1()
+{
+    // The model dies before the header; the header must not rebuild its editors meanwhile.
+    m_header->blockSignals(true);
+}
+
 void DBGridEh1::setResult(ResultTable *table)
 {
     m_model->setTable(table);

@@ -13,6 +13,7 @@ class DBGridEh1 : public QTableView
     Q_OBJECT
 public:
     explicit DBGridEh1(QWidget *parent = nullptr);
+    ~DBGridEh1() override;
 
     ResultGridModel *gridModel() const { return m_model; }
     ResultFilterHeader *filterHeader() const { return m_header; }

@@ -12,7 +12,8 @@ ResultFilterHeader::ResultFilterHeader(QWidget *parent) : QHeaderView(Qt::Horizo
     setHighlightSections(false);
     connect(this, &QHeaderView::sectionResized, this, &ResultFilterHeader::placeEditors);
     connect(this, &QHeaderView::sectionMoved, this, &ResultFilterHeader::placeEditors);
-    connect(this, &QHeaderView::sectionCountChanged, this, &ResultFilterHeader::rebuildEditors);
+    // Queued: the count also changes while the view lays out or dies, when no child may be made.
+    connect(this, &QHeaderView::sectionCountChanged, this, &ResultFilterHeader::rebuildEditors, Qt::QueuedConnection);
 }
 
 QSize ResultFilterHeader::sizeHint() const
@@ -41,6 +42,8 @@ void ResultFilterHeader::clearFilters()
 
 void ResultFilterHeader::rebuildEditors()
 {
+    if (m_editors.size() == count())
+        return;
     qDeleteAll(m_editors);
     m_editors.clear();
     for (int section = 0; section < count(); ++section) {

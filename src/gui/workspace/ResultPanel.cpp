@@ -104,6 +104,12 @@ ResultPanel::ResultPanel(QWidget *parent) : QWidget(parent)
     updateState();
 }
 
+ResultPanel::~ResultPanel()
+{
+    // The grid outlives m_query (children die in the QWidget destructor): let go of the rows first.
+    m_grid->setResult(nullptr);
+}
+
 QAction *ResultPanel::addButton(const char *name, const QString &hint, const QKeySequence &shortcut)
 {
     QAction *action = m_toolbar->addAction(hint);

@@ -20,6 +20,7 @@ class ResultPanel : public QWidget
     Q_OBJECT
 public:
     explicit ResultPanel(QWidget *parent = nullptr);
+    ~ResultPanel() override;
 
     // Fetches the rows of a SELECT (at most recordLimit) and shows them; fits the column widths
     // when tbOptimizeWidth is down. Throws VantryError.
