@@ -222,7 +222,8 @@ std::unique_ptr<ResultTable> ResultFetchNative::fetchPostgres(const QSqlDatabase
                                                               qint64 recordLimit)
 {
     const QVariant handle = db.driver()->handle();
-    if (!handle.isValid() || qstrcmp(handle.typeName(), "PGconn*") != 0)
+    if (!handle.isValid()
+        || (qstrcmp(handle.typeName(), "PGconn*") != 0 && qstrcmp(handle.typeName(), "pg_conn*") != 0))
         return nullptr;
     PGconn *conn = *static_cast<PGconn *const *>(handle.constData());
     const PostgresApi *api = postgresApi();
