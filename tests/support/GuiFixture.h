@@ -5,6 +5,7 @@
 #include "app/MdmUn.h"
 #include "app/MUn.h"
 #include "app/SettingsStore.h"
+#include "connections/impDMun.h"
 #include "interchange/DMToolsUn.h"
 
 #include <memory>
@@ -14,6 +15,7 @@
 struct GuiFixture
 {
     TempHome home;
+    std::unique_ptr<TimpDM> discovery = std::make_unique<TimpDM>();
     std::unique_ptr<SettingsStore> settings = std::make_unique<SettingsStore>(DataFolder::settingsFile());
     std::unique_ptr<TMdm> catalogue = std::make_unique<TMdm>(DataFolder::catalogueFile());
     std::unique_ptr<TdmTools> tools = std::make_unique<TdmTools>();
@@ -22,6 +24,7 @@ struct GuiFixture
     AppServices services(bool hideGrid = false) const
     {
         AppServices s;
+        s.discovery = discovery.get();
         s.catalogue = catalogue.get();
         s.tools = tools.get();
         s.settings = settings.get();

@@ -11,6 +11,7 @@
 
 #include <Qsci/qsciscintilla.h>
 
+#include <QAction>
 #include <QApplication>
 #include <QComboBox>
 #include <QListWidget>
@@ -62,7 +63,11 @@ void TSqlFrm::fsRestorePlacement()
 {
     if (m_services.hideConnectionGrid && m_cbStyle->isVisibleTo(this)) {
         QToolButton *toggle = button("tbShowConnections");
-        toggle->setVisible(false);
+        // A toolbar shows its widgets through actions: hide the action, not the button.
+        for (QAction *action : tb1->actions()) {
+            if (tb1->widgetForAction(action) == toggle)
+                action->setVisible(false);
+        }
         toggle->setChecked(true);
         ConnectionsGrid->setVisible(false);
     }

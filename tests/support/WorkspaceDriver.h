@@ -1,0 +1,81 @@
+#pragma once
+#include "app/StatusMessage.h"
+#include "app/UserMessages.h"
+#include "connections/ConnectionTypes.h"
+#include "connections/vtrtools.h"
+#include "workspace/ConnectionList.h"
+#include "workspace/ExecutionLog.h"
+#include "workspace/SqlLogFrameUn.h"
+#include "workspace/SqlUn.h"
+
+#include <Qsci/qsciscintilla.h>
+
+#include <QtTest>
+
+// Drives a workspace tab the way a user does: stores a connection, selects it, types and runs.
+namespace WorkspaceDriver {
+
+// Stores `record` as a new connection of the tab's list and makes it the current row.
+inline void addConnection(TSqlFrm *frame, const TReaderConnection &record)
+{
+    ConnectionList *list = frame->mdsConnections();
+    ConnectionRow &row = list->insertRow();
+    row.connectionName = record.Description;
+    row.connectionParameters = PackParameters(ReaderConnectionToStr(record));
+    row.connectionType = ConnectionTypes::codeOfType(record.ConnectionType);
+    list->post();
+}
+
+inline void selectConnection(TSqlFrm *frame, const QString &name)
+{
+    ConnectionList *list = frame->mdsConnections();
+    for (int i = 0; i < list->count(); ++i) {
+        if (list->row(i).connectionName == name)
+            list->setCurrentIndex(i);
+    }
+}
+
+inline void run(TSqlFrm *frame, const QString &sql)
+{
+    frame->editor()->setText(sql);
+    frame->ToolButton7Click();
+}
+
+inline void runScript(TSqlFrm *frame, const QString &script)
+{
+    frame->editor()->setText(script);
+    frame->tbRunScriptClick();
+}
+
+inline const LogEntry &lastLog(TSqlFrm *frame)
+{
+    const ExecutionLog *log = frame->log()->table();
+    Q_ASSERT(log->count() > 0);
+    return log->row(log->count() - 1);
+}
+
+// Collects the status texts posted to a window, in the order they arrive.
+class StatusRecorder : public QObject
+{
+public:
+    explicit StatusRecorder(QObject *window) { window->installEventFilter(this); }
+    QStringList texts;
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == StatusMessageEvent::kType)
+            texts << static_cast<StatusMessageEvent *>(event)->text();
+        return false;
+    }
+};
+
+// Captures the message boxes of explicit refusals for the life of the object.
+struct MessageCatcher
+{
+    QStringList shown;
+    MessageCatcher() { UserMessages::setHandler([this](const QString &text) { shown << text; }); }
+    ~MessageCatcher() { UserMessages::setHandler({}); }
+};
+
+} // namespace WorkspaceDriver
