@@ -243,14 +243,17 @@ void TDBConnectionDlgFrm::applyVisibility(const ConnectionTypeLayout &l)
 
 void TDBConnectionDlgFrm::fixSizeToLargestLayout()
 {
-    // The dialog keeps one size for every type: the largest any of them needs.
-    QSize size;
+    // The dialog keeps one size for every type: the parameters page is as large as the largest
+    // layout needs, and the dialog is as large as its content.
+    QSize page(520, 0);
     for (int i = 0; i < ConnectionTypes::count(); ++i) {
         const ConnectionTypeLayout l = connectionTypeLayout(i);
         applyVisibility(l);
         placePassword(l.passwordInUserCells);
-        layout()->activate();
-        size = size.expandedTo(sizeHint());
+        m_grid->invalidate();
+        tsParameters->layout()->invalidate();
+        page = page.expandedTo(tsParameters->layout()->sizeHint());
     }
-    setFixedSize(size.expandedTo(QSize(560, 0)));
+    tsParameters->setMinimumSize(page);
+    layout()->setSizeConstraint(QLayout::SetFixedSize);
 }

@@ -20,9 +20,13 @@ void TServerComboBox::setDropDown(bool on)
     if (!on)
         hidePopup();
     // Without the arrow the box draws as a plain edit box.
+    // Without the arrow the box draws as a plain edit box. The frame has to be styled as well,
+    // or the style keeps drawing the arrow.
     setStyleSheet(on ? QString()
-                     : QStringLiteral("QComboBox::drop-down { width: 0px; border: none; }"
-                                      "QComboBox::down-arrow { image: none; }"));
+                     : QStringLiteral("QComboBox { border: 1px solid palette(mid); border-radius: 2px;"
+                                      " padding: 1px 3px; background: palette(base); }"
+                                      "QComboBox::drop-down { width: 0px; border: none; }"
+                                      "QComboBox::down-arrow { image: none; width: 0px; height: 0px; }"));
 }
 
 void TServerComboBox::replaceItems(const QStringList &items)
