@@ -234,8 +234,8 @@ int main(int argc, char **argv)
             "insert into vantry_bench_t select i, (i * 7919) % 1000003, case when i % 10 = 0 then null else i / 3 end, i * 0.25, "
             "case when i % 7 = 0 then null else 1.0 / (i + 1) end, 'C' || lpad(((i * 31) % 1000000)::text, 7, '0'), "
             "'name ' || (i % 50000) || ' abc', case when i % 5 = 0 then null when i % 3 = 0 then '' else 'red' end, "
-            "i || ' ' || substr(repeat('m', 120), 1 + i % 60), case when i % 4 = 0 then null else 'a note of some length' end "
-            "from generate_series(0, %1) i; analyze vantry_bench_t").arg(rows - 1).toUtf8();
+            "i || ' ' || substr(repeat('m', 120), 1 + (i % 60)::int), case when i % 4 = 0 then null else 'a note of some length' end "
+            "from generate_series(0::bigint, %1) i; analyze vantry_bench_t").arg(rows - 1).toUtf8();
         PGresult *result = PQexec(conn, fill.constData());
         if (PQresultStatus(result) != PGRES_COMMAND_OK)
             std::printf("PostgreSQL fill failed: %s\n", PQresultErrorMessage(result));

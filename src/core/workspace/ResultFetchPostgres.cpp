@@ -3,6 +3,7 @@
 #include "app/VantryError.h"
 
 #include <QSqlDriver>
+#include <charconv>
 #include <cstdlib>
 
 namespace {
@@ -111,6 +112,16 @@ qint64 parseInteger(const char *text)
     return negative ? -qint64(value) : qint64(value);
 }
 
+double parseReal(const char *text, int length)
+{
+    double value = 0;
+    const auto [end, error] = std::from_chars(text, text + length, value);
+    // from_chars does not know PostgreSQL's spelling of the special values.
+    if (error != std::errc() || end != text + length)
+        return std::strtod(text, nullptr);
+    return value;
+}
+
 class PgResult
 {
 public:
@@ -163,21 +174,21 @@ public:
             }
         }
         const int rows = std::min(m_api->ntuples(result), maxRows);
-        for (int col = 0; col < fields; ++col) {
-            ResultColumn &column = table.column(col);
-            const Decode decode = m_decode[size_t(col)];
-            for (int row = 0; row < rows; ++row) {
+        // Row by row: libpq keeps each row's values together, so this order reads memory in turn.
+        for (int row = 0; row < rows; ++row) {
+            for (int col = 0; col < fields; ++col) {
+                ResultColumn &column = table.column(col);
                 if (m_api->getisnull(result, row, col)) {
                     column.appendNull();
                     continue;
                 }
                 const char *text = m_api->getvalue(result, row, col);
-                switch (decode) {
+                switch (m_decode[size_t(col)]) {
                 case Decode::Integer:
                     column.appendInt(parseInteger(text));
                     break;
                 case Decode::Real:
-                    column.appendReal(std::strtod(text, nullptr));
+                    column.appendReal(parseReal(text, m_api->getlength(result, row, col)));
                     break;
                 case Decode::Boolean:
                     column.appendInt(text[0] == 't' ? 1 : 0);
@@ -232,14 +243,29 @@ std::unique_ptr<ResultTable> ResultFetchNative::fetchPostgres(const QSqlDatabase
     if (!conn || !api || api->transactionStatus(conn) != PgTransIdle)
         return nullptr;
 
-    // A cursor fetched in batches keeps the client's memory bounded and stops the server as
-    // soon as the record limit is reached.
-    constexpr qint64 Batch = 20000;
+    const QByteArray sql = withoutTrailingSemicolons(statement);
+    auto table = std::make_unique<ResultTable>();
     PostgresReader reader(api, conn);
+
+    // With a record limit the server stops after limit + 1 rows and streams them in one result,
+    // which is the fastest way through libpq. Should the statement not fit in a subquery, the
+    // cursor below runs it as written (and reports its error, if any).
+    if (recordLimit > 0) {
+        PgResult limited(api, api->exec(conn, "SELECT * FROM (" + sql + "\n) AS vantry_limited LIMIT "
+                                                  + QByteArray::number(recordLimit + 1)));
+        if (limited.get() && api->resultStatus(limited.get()) == PgTuplesOk) {
+            const int got = api->ntuples(limited.get());
+            reader.append(*table, limited.get(), int(std::min<qint64>(got, recordLimit)));
+            table->finishFetch(got > recordLimit);
+            return table;
+        }
+    }
+
+    // A cursor fetched in batches keeps the client's memory bounded however large the result.
+    constexpr qint64 Batch = 20000;
     reader.exec("BEGIN");
     try {
-        reader.exec("DECLARE vantry_result NO SCROLL CURSOR FOR " + withoutTrailingSemicolons(statement));
-        auto table = std::make_unique<ResultTable>();
+        reader.exec("DECLARE vantry_result NO SCROLL CURSOR FOR " + sql);
         qint64 rows = 0;
         bool truncated = false;
         for (;;) {
