@@ -197,6 +197,7 @@ QString ResultView::text(const ResultTable &table, qint64 row, int col)
 void ResultView::rebuild()
 {
     m_entries.clear();
+    m_dataRows = 0;
     if (!m_table)
         return;
     const ResultTable &table = *m_table;
@@ -219,6 +220,7 @@ void ResultView::rebuild()
             rows.push_back(row);
     }
 
+    m_dataRows = qint64(rows.size());
     QVector<int> keys = m_groups;
     QVector<bool> ascending(keys.size(), true);
     if (m_sortColumn >= 0 && m_sortColumn < table.columnCount()) {

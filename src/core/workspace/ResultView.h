@@ -34,6 +34,8 @@ public:
     void rebuild();
 
     qint64 size() const { return qint64(m_entries.size()); }
+    // Data rows among the entries (the size without group headers).
+    qint64 dataRows() const { return m_dataRows; }
     const Entry &entry(qint64 index) const { return m_entries[size_t(index)]; }
     // Position of a table row among the entries, -1 when hidden.
     qint64 indexOf(qint64 row) const;
@@ -51,4 +53,5 @@ private:
     bool m_ascending = true;
     QVector<int> m_groups;
     std::vector<Entry> m_entries;
+    qint64 m_dataRows = 0;
 };

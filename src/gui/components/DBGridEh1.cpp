@@ -36,6 +36,13 @@ DBGridEh1::DBGridEh1(QWidget *parent) : QTableView(parent)
     connect(m_header, &QHeaderView::sectionClicked, this, &DBGridEh1::headerClicked);
     connect(m_header, &QWidget::customContextMenuRequested, this, &DBGridEh1::headerMenu);
     connect(m_header, &ResultFilterHeader::filterChanged, this, &DBGridEh1::setFilterText);
+    connect(m_header, &ResultFilterHeader::editorsRebuilt, this, [this] {
+        for (int col = 0; col < m_model->columnCount(); ++col)
+            if (QLineEdit *editor = m_header->filterEditor(col)) {
+                const QSignalBlocker block(editor);
+                editor->setText(m_model->view().filter(col));
+            }
+    });
     connect(horizontalScrollBar(), &QScrollBar::valueChanged, m_header, &ResultFilterHeader::placeEditors);
     connect(m_model, &ResultGridModel::editRefused, this, &DBGridEh1::message);
     connect(selectionModel(), &QItemSelectionModel::currentRowChanged, this,

@@ -8,7 +8,7 @@ ResultFilterHeader::ResultFilterHeader(QWidget *parent) : QHeaderView(Qt::Horizo
 {
     setObjectName(QStringLiteral("FilterHeader"));
     setSectionsClickable(true);
-    setSortIndicatorShown(true);
+    setSortIndicatorShown(false); // the model puts the marker into the title
     setHighlightSections(false);
     connect(this, &QHeaderView::sectionResized, this, &ResultFilterHeader::placeEditors);
     connect(this, &QHeaderView::sectionMoved, this, &ResultFilterHeader::placeEditors);
@@ -65,6 +65,7 @@ void ResultFilterHeader::rebuildEditors()
         m_editors << editor;
     }
     updateGeometries();
+    emit editorsRebuilt();
 }
 
 void ResultFilterHeader::updateGeometries()

@@ -23,6 +23,8 @@ public:
 
 signals:
     void filterChanged(int section, const QString &text);
+    // New editors were made (the columns changed); their texts are empty.
+    void editorsRebuilt();
 
 protected:
     void updateGeometries() override;

@@ -55,7 +55,7 @@ void ResultFindDialog::prepare(int column)
     m_column->addItem(QStringLiteral("(All columns)"), -1);
     ResultGridModel *model = m_grid->gridModel();
     for (int col = 0; col < model->columnCount(); ++col)
-        m_column->addItem(model->headerData(col, Qt::Horizontal).toString(), col);
+        m_column->addItem(model->table()->column(col).name(), col);
     m_column->setCurrentIndex(column + 1);
     m_status->clear();
     m_text->selectAll();

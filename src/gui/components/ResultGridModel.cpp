@@ -128,13 +128,20 @@ QVariant ResultGridModel::headerData(int section, Qt::Orientation orientation, i
 {
     if (!m_table)
         return {};
-    if (orientation == Qt::Vertical)
-        return role == Qt::DisplayRole ? QVariant(section + 1) : QVariant();
+    if (orientation == Qt::Vertical) {
+        // Record numbers follow the result, not the view, and group headers have none.
+        const qint64 row = tableRow(section);
+        return role == Qt::DisplayRole && row >= 0 ? QVariant(row + 1) : QVariant();
+    }
     if (section >= m_table->columnCount())
         return {};
     const ResultColumn &column = m_table->column(section);
-    if (role == Qt::DisplayRole)
+    if (role == Qt::DisplayRole) {
+        // The sort marker is part of the title so that every style shows it.
+        if (m_view.sortColumn() == section)
+            return column.name() + (m_view.sortAscending() ? QStringLiteral(" \u25B2") : QStringLiteral(" \u25BC"));
         return column.name();
+    }
     if (role == Qt::ToolTipRole)
         return column.typeName().isEmpty() ? column.name()
                                            : QStringLiteral("%1 %2%3").arg(column.name(), column.typeName(),

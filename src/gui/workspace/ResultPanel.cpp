@@ -29,24 +29,28 @@ ResultPanel::ResultPanel(QWidget *parent) : QWidget(parent)
     m_status->setObjectName(QStringLiteral("lbResultState"));
     m_status->setContentsMargins(8, 0, 8, 0);
 
-    QAction *refresh = addButton("tbRefresh", QStringLiteral("Refresh"), QKeySequence(Qt::Key_F5));
+    // Captions are short so the toolbar fits beside the grid; the hints carry the full names.
+    QAction *refresh = addButton("tbRefresh", QStringLiteral("Refresh"), QStringLiteral("Refresh"), QKeySequence(Qt::Key_F5));
     m_toolbar->addSeparator()->setObjectName(QStringLiteral("sp1"));
-    QAction *add = addButton("tbAdd", QStringLiteral("Add"), QKeySequence(Qt::Key_Insert));
-    QAction *del = addButton("tbDelete", QStringLiteral("Delete Selected Records"), QKeySequence(Qt::CTRL | Qt::Key_Delete));
-    QAction *post = addButton("tbPost", QStringLiteral("Post"));
-    QAction *clone = addButton("tbClone", QStringLiteral("Clone Record"));
+    QAction *add = addButton("tbAdd", QStringLiteral("Add"), QStringLiteral("Add"), QKeySequence(Qt::Key_Insert));
+    QAction *del = addButton("tbDelete", QStringLiteral("Delete"), QStringLiteral("Delete Selected Records"),
+                             QKeySequence(Qt::CTRL | Qt::Key_Delete));
+    QAction *post = addButton("tbPost", QStringLiteral("Post"), QStringLiteral("Post"));
+    QAction *clone = addButton("tbClone", QStringLiteral("Clone"), QStringLiteral("Clone Record"));
     m_toolbar->addSeparator()->setObjectName(QStringLiteral("sp2"));
-    QAction *find = addButton("tbFind", QStringLiteral("Find"), QKeySequence(Qt::CTRL | Qt::Key_F));
-    QAction *fit = addButton("tbOptimizeWidth", QStringLiteral("Fit Column Widths"));
-    QAction *group = addButton("tbShowGroupping", QStringLiteral("Show Groupping")); // sic: the hint keeps this spelling deliberately
-    QAction *readOnly = addButton("tbReadOnly", QStringLiteral("Read Only"));
+    QAction *find = addButton("tbFind", QStringLiteral("Find"), QStringLiteral("Find"), QKeySequence(Qt::CTRL | Qt::Key_F));
+    QAction *fit = addButton("tbOptimizeWidth", QStringLiteral("Fit Widths"), QStringLiteral("Fit Column Widths"));
+    // "Groupping" is the hint's spelling and is kept deliberately.
+    QAction *group = addButton("tbShowGroupping", QStringLiteral("Grouping"), QStringLiteral("Show Groupping"));
+    QAction *readOnly = addButton("tbReadOnly", QStringLiteral("Read Only"), QStringLiteral("Read Only"));
     for (QAction *toggle : {fit, group, readOnly})
         toggle->setCheckable(true);
     m_toolbar->addSeparator()->setObjectName(QStringLiteral("sp3"));
     // Export, print and import arrive with the tools service and the import wizard.
-    for (auto [name, hint] : {std::pair{"tbExport", "Export Data"}, {"tbPrint", "Print"}, {"tbPreview", "Preview"},
-                              {"tbExcelExport", "Export To Excel"}, {"tbImport", "Import Data"}})
-        addButton(name, QString::fromLatin1(hint))->setEnabled(false);
+    for (auto [name, caption, hint] : {std::tuple{"tbExport", "Export", "Export Data"}, {"tbPrint", "Print", "Print"},
+                                       {"tbPreview", "Preview", "Preview"}, {"tbExcelExport", "Excel", "Export To Excel"},
+                                       {"tbImport", "Import", "Import Data"}})
+        addButton(name, QString::fromLatin1(caption), QString::fromLatin1(hint))->setEnabled(false);
     m_toolbar->addWidget(m_status);
 
     connect(refresh, &QAction::triggered, this, &ResultPanel::Refresh1Click);
@@ -86,6 +90,7 @@ ResultPanel::ResultPanel(QWidget *parent) : QWidget(parent)
         setGroupColumns(columns);
     });
     connect(m_grouping, &ResultGroupingPanel::columnsChanged, this, &ResultPanel::setGroupColumns);
+    connect(m_grid->gridModel(), &QAbstractItemModel::modelReset, this, &ResultPanel::updateState);
     // Leaving a row writes its edits, as moving off an edited record does in any data grid.
     connect(m_grid, &DBGridEh1::currentTableRowChanged, this,
             [this](qint64 previous, qint64) { postRowIfPending(previous); });
@@ -110,9 +115,10 @@ ResultPanel::~ResultPanel()
     m_grid->setResult(nullptr);
 }
 
-QAction *ResultPanel::addButton(const char *name, const QString &hint, const QKeySequence &shortcut)
+QAction *ResultPanel::addButton(const char *name, const QString &caption, const QString &hint,
+                                const QKeySequence &shortcut)
 {
-    QAction *action = m_toolbar->addAction(hint);
+    QAction *action = m_toolbar->addAction(caption);
     action->setObjectName(QString::fromLatin1(name));
     action->setToolTip(hint);
     if (!shortcut.isEmpty()) {
@@ -175,7 +181,10 @@ void ResultPanel::updateState()
         return;
     }
     const ResultTable *table = m_query.table();
+    const qint64 shown = m_grid->gridModel()->view().dataRows();
     QString text = QStringLiteral("%1 rows%2").arg(table->fetchedRows()).arg(table->truncated() ? QStringLiteral(" (record limit reached)") : QString());
+    if (shown != table->rowCount())
+        text += QStringLiteral(", %1 shown").arg(shown);
     if (!m_query.source().writable)
         text += QStringLiteral("  \u2022  Read-only: ") + m_query.readOnlyReason();
     m_status->setText(text);
@@ -185,7 +194,7 @@ void ResultPanel::setGroupColumns(const QVector<int> &columns)
 {
     QStringList names;
     for (int column : columns)
-        names << m_grid->gridModel()->headerData(column, Qt::Horizontal).toString();
+        names << m_query.table()->column(column).name();
     m_grouping->setColumns(columns, names);
     m_grid->setGroupColumns(columns);
 }

@@ -59,7 +59,7 @@ signals:
     void commandFailed(const QString &message);
 
 private:
-    QAction *addButton(const char *name, const QString &hint, const QKeySequence &shortcut = {});
+    QAction *addButton(const char *name, const QString &caption, const QString &hint, const QKeySequence &shortcut = {});
     template<typename Fn>
     void guarded(Fn fn);
     void showResult();
