@@ -5,8 +5,13 @@
 #include "../gui/connections/DialogTestSupport.h"
 
 #include "GuiFixture.h"
+#include "connections/FileNameEdit.h"
 #include "connections/ServerComboBox.h"
 #include "connections/impDMun.h"
+#include "workspace/SqlUn.h"
+#include "workspace/TableBrowserUn.h"
+
+#include <QListWidget>
 
 #include <QLineEdit>
 #include <QToolButton>
@@ -34,6 +39,7 @@ private slots:
     void testShowsTheServersMessage();
     void databaseListIsSortedAndKeepsTheTypedName();
     void databaseListErrorIsShown();
+    void browseDataOpensTheTablesOfTheTypedConnection();
 
 private:
     std::unique_ptr<TDBConnectionDlgFrm> dialogOn(const TReaderConnection &rc)
@@ -129,6 +135,27 @@ void tst_ConnectionDialogServers::databaseListErrorIsShown()
     QCOMPARE(log.errors.size(), 1);
     QVERIFY2(log.errors.first().contains("Access denied"), qPrintable(log.errors.first()));
     QCOMPARE(dlg->DatabaseEd->count(), 1);
+}
+
+void tst_ConnectionDialogServers::browseDataOpensTheTablesOfTheTypedConnection()
+{
+    MessageLog log;
+    auto dlg = dialogOn(TReaderConnection());
+    chooseType(*dlg, 7);
+    dlg->fe->setText(TestServers::env("VANTRY_SQLITE_FILE")); // typed, not saved
+    QStringList tables;
+    QString title;
+    whenModal<TTableBrowserFrm>([&](TTableBrowserFrm &browser) {
+        title = browser.windowTitle();
+        for (int i = 0; i < browser.sql()->tablesList()->count(); ++i)
+            tables << browser.sql()->tablesList()->item(i)->text();
+        browser.reject();
+    });
+    QTest::mouseClick(dlg->btnBrowseData, Qt::LeftButton);
+    QCOMPARE(log.errors, QStringList());
+    QCOMPARE(title, QStringLiteral("Table Browser"));
+    QVERIFY2(tables.contains("customers") && tables.contains("customer_names"), qPrintable(tables.join(", ")));
+    QVERIFY(dlg->isVisible());
 }
 
 QTEST_MAIN(tst_ConnectionDialogServers)

@@ -7,6 +7,7 @@
 
 #include <QApplication>
 #include <QComboBox>
+#include <QElapsedTimer>
 #include <QPushButton>
 #include <QTimer>
 #include <QtTest>
@@ -31,20 +32,39 @@ struct MessageLog
     }
 };
 
+// Performs `act` on the first modal window of type T to come up, checking every 20 ms until
+// `timeoutMs` has passed. Call it before the call that opens the window.
+template <typename T>
+void whenModal(const std::function<void(T &)> &act, int timeoutMs = 10000)
+{
+    auto *timer = new QTimer;
+    auto *elapsed = new QElapsedTimer;
+    elapsed->start();
+    timer->setInterval(20);
+    QObject::connect(timer, &QTimer::timeout, [timer, elapsed, act, timeoutMs] {
+        auto *window = qobject_cast<T *>(QApplication::activeModalWidget());
+        if (!window && elapsed->elapsed() < timeoutMs)
+            return;
+        timer->stop();
+        timer->deleteLater();
+        delete elapsed;
+        if (window)
+            act(*window);
+    });
+    timer->start();
+}
+
 // Runs `open` (which shows a modal connection dialog) and performs `act` on that dialog once it
 // is up. A dialog that `act` leaves open is cancelled, so a failing check can't hang the test.
 inline void withModalDialog(const std::function<void()> &open, const std::function<void(TDBConnectionDlgFrm &)> &act,
                             bool *leftOpen = nullptr)
 {
     bool stillOpen = false;
-    QTimer::singleShot(0, [&] {
-        auto *dlg = qobject_cast<TDBConnectionDlgFrm *>(QApplication::activeModalWidget());
-        if (!dlg)
-            return;
-        act(*dlg);
-        if (dlg->isVisible()) {
+    whenModal<TDBConnectionDlgFrm>([&](TDBConnectionDlgFrm &dlg) {
+        act(dlg);
+        if (dlg.isVisible()) {
             stillOpen = true;
-            dlg->reject();
+            dlg.reject();
         }
     });
     open();
