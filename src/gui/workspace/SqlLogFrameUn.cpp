@@ -156,7 +156,13 @@ QMenu *TSqlLogFrame::buildGridMenu()
 
 void TSqlLogFrame::appendTextLine(const QString &text)
 {
-    seLog->append(ExecutionLog::trimmedForText(text) + QLatin1Char('\n'));
+    // The editor's handling of modification notices costs time in proportion to the text's
+    // length; with them off for the append, adding line 10,000 costs what adding line 10 does.
+    const QByteArray line = (ExecutionLog::trimmedForText(text) + QLatin1Char('\n')).toUtf8();
+    const long mask = seLog->SendScintilla(QsciScintilla::SCI_GETMODEVENTMASK);
+    seLog->SendScintilla(QsciScintilla::SCI_SETMODEVENTMASK, 0UL);
+    seLog->SendScintilla(QsciScintilla::SCI_APPENDTEXT, static_cast<unsigned long>(line.size()), line.constData());
+    seLog->SendScintilla(QsciScintilla::SCI_SETMODEVENTMASK, static_cast<unsigned long>(mask));
 }
 
 void TSqlLogFrame::SetSQL(const QString &sql)
