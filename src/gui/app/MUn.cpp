@@ -63,14 +63,14 @@ TMFrm::~TMFrm()
 
 void TMFrm::createActions()
 {
-    for (const MainActionSpec &spec : mainActionSpecs()) {
-        auto *a = new QAction(QString::fromLatin1(spec.caption), this);
-        a->setObjectName(QString::fromLatin1(spec.name));
-        a->setShortcut(spec.shortcut);
+    for (const MainActionEntry &entry : mainActions()) {
+        auto *a = new QAction(QString::fromLatin1(entry.caption), this);
+        a->setObjectName(QString::fromLatin1(entry.name));
+        a->setShortcut(entry.shortcut);
         a->setShortcutContext(Qt::WindowShortcut);
-        a->setProperty("category", QString::fromLatin1(spec.category));
-        if (*spec.hint)
-            a->setToolTip(QString::fromLatin1(spec.hint));
+        a->setProperty("category", QString::fromLatin1(entry.category));
+        if (*entry.hint)
+            a->setToolTip(QString::fromLatin1(entry.hint));
         addAction(a);
         m_actions.insert(a->objectName(), a);
     }
@@ -119,11 +119,11 @@ void TMFrm::createMenu()
     MM = new QMenuBar(toolbar);
     MM->setObjectName(QStringLiteral("MM"));
     MM->setNativeMenuBar(false);
-    for (const MainMenuSpec &menuSpec : mainMenuSpecs()) {
-        QMenu *menu = MM->addMenu(QString::fromLatin1(menuSpec.caption));
-        menu->setObjectName(QString::fromLatin1(menuSpec.name));
-        menu->menuAction()->setObjectName(QString::fromLatin1(menuSpec.name));
-        for (const MainMenuItem &item : menuSpec.items) {
+    for (const MainMenuEntry &menuEntry : mainMenus()) {
+        QMenu *menu = MM->addMenu(QString::fromLatin1(menuEntry.caption));
+        menu->setObjectName(QString::fromLatin1(menuEntry.name));
+        menu->menuAction()->setObjectName(QString::fromLatin1(menuEntry.name));
+        for (const MainMenuItem &item : menuEntry.items) {
             QAction *entry = nullptr;
             if (!item.action) {
                 entry = menu->addSeparator();

@@ -1,9 +1,9 @@
 #include "app/MainActions.h"
 
-const QList<MainActionSpec> &mainActionSpecs()
+const QList<MainActionEntry> &mainActions()
 {
     // Ctrl+X on "Exit" is deliberate: it is the key the File menu shows for leaving the program.
-    static const QList<MainActionSpec> specs = {
+    static const QList<MainActionEntry> entries = {
         {"Action1", "File", "Exit", "", QKeySequence(Qt::CTRL | Qt::Key_X)},
         {"Action16", "File", "Preferences", "", QKeySequence()},
         {"Action3", "View", "Sql Statement", "", QKeySequence()},
@@ -25,13 +25,13 @@ const QList<MainActionSpec> &mainActionSpecs()
         {"EmailSupportAct", "Help", "Email Support", "", QKeySequence()},
         {"Aboutact", "Help", "About", "", QKeySequence()},
     };
-    return specs;
+    return entries;
 }
 
-const QList<MainMenuSpec> &mainMenuSpecs()
+const QList<MainMenuEntry> &mainMenus()
 {
     // "Conenctions1" and the caption "Contactl Support" are the menu's stored names and texts.
-    static const QList<MainMenuSpec> menus = {
+    static const QList<MainMenuEntry> menus = {
         {"File1", "File", {{"Exit1", "Action1", nullptr}}},
         {"View1",
          "View",

@@ -4,7 +4,7 @@
 #include <QString>
 
 // The main window's action list: name, category, caption, hint and short cut of each action.
-struct MainActionSpec
+struct MainActionEntry
 {
     const char *name;
     const char *category;
@@ -13,7 +13,7 @@ struct MainActionSpec
     QKeySequence shortcut;
 };
 
-const QList<MainActionSpec> &mainActionSpecs();
+const QList<MainActionEntry> &mainActions();
 
 // One item of the main menu: the item's name and the action it shows, or a separator.
 struct MainMenuItem
@@ -23,11 +23,11 @@ struct MainMenuItem
     const char *caption;    // nullptr: the action's caption
 };
 
-struct MainMenuSpec
+struct MainMenuEntry
 {
     const char *name;
     const char *caption;
     QList<MainMenuItem> items;
 };
 
-const QList<MainMenuSpec> &mainMenuSpecs();
+const QList<MainMenuEntry> &mainMenus();
