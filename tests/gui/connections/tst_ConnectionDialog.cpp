@@ -21,6 +21,7 @@
 #include <QSpinBox>
 #include <QTabWidget>
 #include <QToolButton>
+#include <memory>
 
 Q_DECLARE_METATYPE(TReaderConnection)
 
@@ -111,6 +112,19 @@ struct Typed
     }
 };
 
+// A dialog that stays alive after closing, shown unless asked otherwise.
+std::unique_ptr<TDBConnectionDlgFrm> newDialog(const AppServices &services, bool show = true)
+{
+    auto dlg = std::make_unique<TDBConnectionDlgFrm>(services);
+    dlg->setFreeOnClose(false);
+    if (show) {
+        dlg->show();
+        if (!QTest::qWaitForWindowExposed(dlg.get()))
+            qWarning("the dialog was not exposed");
+    }
+    return dlg;
+}
+
 } // namespace
 
 class tst_ConnectionDialog : public QObject
@@ -131,8 +145,6 @@ private slots:
     void validationMessagesInOrder();
     void enterValidatesLikeOk();
 
-    void recordFromControls_data();
-    void recordFromControls();
     void setParamsLeavesTheTypeForUnknownTypes();
     void connectAsTakesNoTypedKeys();
 
@@ -140,8 +152,6 @@ private slots:
     void roundTripThroughTheCatalogue();
     void savingResetsFieldsTheDialogDoesNotShow();
     void cancelLeavesTheRowUntouched();
-    void cancelDropsANewRow();
-    void typeLockDisablesTheTypeBox();
     void positionIsKept();
 
 private:
@@ -217,10 +227,8 @@ void tst_ConnectionDialog::layoutOfEachType()
     QFETCH(QString, caption);
 
     GuiFixture fx;
-    TDBConnectionDlgFrm dlg(fx.services());
-    dlg.setFreeOnClose(false);
-    dlg.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&dlg));
+    auto owner = newDialog(fx.services());
+    TDBConnectionDlgFrm &dlg = *owner;
     // Reach each type from a different one, so nothing is left from the first layout.
     chooseType(dlg, index == 6 ? 3 : 6);
     chooseType(dlg, index);
@@ -231,6 +239,9 @@ void tst_ConnectionDialog::layoutOfEachType()
     QCOMPARE(dlg.tbBuildConnectionString->isEnabled(), build);
     QCOMPARE(dlg.fe->filter(), filter);
     QCOMPARE(dlg.windowTitle(), caption);
+    QCOMPARE(dlg.ConnectionTypeCombo->count(), 9);
+    QVERIFY(caption.startsWith(dlg.ConnectionTypeCombo->itemText(index) + " connection"));
+    QVERIFY(!dlg.ConnectionTypeCombo->itemIcon(index).isNull());
 
     // The password sits right of the user box, except for SQL Server CE, where it takes the user's place.
     auto *password = dlg.PasswordEdt;
@@ -253,10 +264,8 @@ void tst_ConnectionDialog::controlsFitWithoutOverlapping()
 {
     QFETCH(int, index);
     GuiFixture fx;
-    TDBConnectionDlgFrm dlg(fx.services());
-    dlg.setFreeOnClose(false);
-    dlg.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&dlg));
+    auto owner = newDialog(fx.services());
+    TDBConnectionDlgFrm &dlg = *owner;
     chooseType(dlg, index);
     const QSize before = dlg.size();
 
@@ -291,9 +300,8 @@ void tst_ConnectionDialog::controlsFitWithoutOverlapping()
 void tst_ConnectionDialog::serverBoxTurnsPlainAndBack()
 {
     GuiFixture fx;
-    TDBConnectionDlgFrm dlg(fx.services());
-    dlg.setFreeOnClose(false);
-    dlg.show();
+    auto owner = newDialog(fx.services());
+    TDBConnectionDlgFrm &dlg = *owner;
     chooseType(dlg, 1);
     dlg.cbServer->addItems({"alpha", "beta"});
     dlg.cbServer->setEditText("typed-host");
@@ -319,9 +327,8 @@ void tst_ConnectionDialog::serverListComesFromOdbcAndKeepsTheTypedText()
     TimpDM discovery;
     AppServices services = fx.services();
     services.discovery = &discovery;
-    TDBConnectionDlgFrm dlg(services);
-    dlg.setFreeOnClose(false);
-    dlg.show();
+    auto owner = newDialog(services);
+    TDBConnectionDlgFrm &dlg = *owner;
     dlg.cbServer->setEditText("my own dsn");
     chooseType(dlg, 2);
     QStringList items;
@@ -372,9 +379,8 @@ void tst_ConnectionDialog::validationMessagesInOrder()
 
     MessageLog log;
     GuiFixture fx;
-    TDBConnectionDlgFrm dlg(fx.services());
-    dlg.setFreeOnClose(false);
-    dlg.show();
+    auto owner = newDialog(fx.services());
+    TDBConnectionDlgFrm &dlg = *owner;
     chooseType(dlg, index);
     Typed typed;
     typed.fill(dlg);
@@ -416,9 +422,8 @@ void tst_ConnectionDialog::enterValidatesLikeOk()
 {
     MessageLog log;
     GuiFixture fx;
-    TDBConnectionDlgFrm dlg(fx.services());
-    dlg.setFreeOnClose(false);
-    dlg.show();
+    auto owner = newDialog(fx.services());
+    TDBConnectionDlgFrm &dlg = *owner;
     chooseType(dlg, 7);
     dlg.fe->setText("/tmp/x.db");
     QTest::keyClick(dlg.NameEdt, Qt::Key_Return);
@@ -432,7 +437,7 @@ void tst_ConnectionDialog::enterValidatesLikeOk()
 
 // ---------------------------------------------------------------- the record
 
-void tst_ConnectionDialog::recordFromControls_data()
+void tst_ConnectionDialog::roundTripThroughTheCatalogue_data()
 {
     QTest::addColumn<int>("index");
     QTest::addColumn<TReaderConnection>("expected");
@@ -448,31 +453,11 @@ void tst_ConnectionDialog::recordFromControls_data()
     QTest::newRow("SQL Server CE") << 8 << t.expected(dsSqlServerCE, t.server, t.file, false);
 }
 
-void tst_ConnectionDialog::recordFromControls()
-{
-    QFETCH(int, index);
-    QFETCH(TReaderConnection, expected);
-    GuiFixture fx;
-    TDBConnectionDlgFrm dlg(fx.services());
-    dlg.setFreeOnClose(false);
-    Typed().fill(dlg);
-    chooseType(dlg, index);
-    QCOMPARE(dlg.connectionParams(), expected);
-
-    // Loading that record into a fresh dialog gives the same record back.
-    TDBConnectionDlgFrm again(fx.services());
-    again.setFreeOnClose(false);
-    again.SetConnectionParams(expected);
-    chooseType(again, again.typeIndex());
-    QCOMPARE(again.typeIndex(), index);
-    QCOMPARE(again.connectionParams(), expected);
-}
-
 void tst_ConnectionDialog::setParamsLeavesTheTypeForUnknownTypes()
 {
     GuiFixture fx;
-    TDBConnectionDlgFrm dlg(fx.services());
-    dlg.setFreeOnClose(false);
+    auto owner = newDialog(fx.services(), false);
+    TDBConnectionDlgFrm &dlg = *owner;
     chooseType(dlg, 4);
     TReaderConnection excel;
     excel.ConnectionType = dsExcel;
@@ -490,10 +475,8 @@ void tst_ConnectionDialog::setParamsLeavesTheTypeForUnknownTypes()
 void tst_ConnectionDialog::connectAsTakesNoTypedKeys()
 {
     GuiFixture fx;
-    TDBConnectionDlgFrm dlg(fx.services());
-    dlg.setFreeOnClose(false);
-    dlg.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&dlg));
+    auto owner = newDialog(fx.services());
+    TDBConnectionDlgFrm &dlg = *owner;
     chooseType(dlg, 0);
     dlg.cbConnectAs->setFocus();
     QTest::keyClicks(dlg.cbConnectAs, "SsY");
@@ -503,8 +486,6 @@ void tst_ConnectionDialog::connectAsTakesNoTypedKeys()
 }
 
 // ---------------------------------------------------------------- editing stored connections
-
-void tst_ConnectionDialog::roundTripThroughTheCatalogue_data() { recordFromControls_data(); }
 
 void tst_ConnectionDialog::roundTripThroughTheCatalogue()
 {
@@ -598,59 +579,32 @@ void tst_ConnectionDialog::cancelLeavesTheRowUntouched()
     QVERIFY(list.count() > 0); // the sample connection of a new catalogue
     list.setCurrentIndex(0);
     const ConnectionRow original = *list.current();
-    list.editCurrent();
-    bool accepted = true;
-    withModalDialog([&] { accepted = ConnectionEditor::run(nullptr, fx.services(), list, false); },
-                    [&](TDBConnectionDlgFrm &dlg) {
-                        chooseType(dlg, 3);
-                        Typed().fill(dlg);
-                        QTest::keyClick(&dlg, Qt::Key_Escape);
-                    });
-    QVERIFY(!accepted);
-    QCOMPARE(list.state(), ConnectionList::State::Browse);
-    const auto same = [&](const ConnectionRow &r) {
+    // Esc on an edited row (with the type locked), Cancel on a new one.
+    for (bool insert : {false, true}) {
+        insert ? void(list.insertRow()) : void(list.editCurrent());
+        bool accepted = true;
+        bool typeBoxEnabled = true;
+        withModalDialog([&] { accepted = ConnectionEditor::run(nullptr, fx.services(), list, !insert); },
+                        [&](TDBConnectionDlgFrm &dlg) {
+                            typeBoxEnabled = dlg.ConnectionTypeCombo->isEnabled();
+                            chooseType(dlg, 3);
+                            Typed().fill(dlg);
+                            insert ? clickCancel(dlg) : QTest::keyClick(&dlg, Qt::Key_Escape);
+                        });
+        QVERIFY(!accepted);
+        QCOMPARE(typeBoxEnabled, insert);
+        QCOMPARE(list.state(), ConnectionList::State::Browse);
+    }
+    ConnectionList reloaded(fx.catalogue.get());
+    for (const ConnectionList *l : {&list, &reloaded}) {
+        QCOMPARE(l->count(), 1);
+        const ConnectionRow &r = l->row(0);
         QCOMPARE(r.connectionId, original.connectionId);
         QCOMPARE(r.connectionName, original.connectionName);
         QCOMPARE(r.connectionParameters, original.connectionParameters);
         QCOMPARE(r.connectionComments, original.connectionComments);
         QCOMPARE(r.connectionType, original.connectionType);
         QCOMPARE(r.stamps.changed, original.stamps.changed);
-    };
-    same(*list.current());
-    ConnectionList reloaded(fx.catalogue.get());
-    reloaded.setCurrentIndex(0);
-    same(*reloaded.current());
-}
-
-void tst_ConnectionDialog::cancelDropsANewRow()
-{
-    GuiFixture fx;
-    ConnectionList list(fx.catalogue.get());
-    const int before = list.count();
-    list.insertRow();
-    withModalDialog([&] { ConnectionEditor::run(nullptr, fx.services(), list, false); },
-                    [&](TDBConnectionDlgFrm &dlg) {
-                        Typed().fill(dlg);
-                        clickCancel(dlg);
-                    });
-    QCOMPARE(list.count(), before);
-    QCOMPARE(ConnectionList(fx.catalogue.get()).count(), before);
-}
-
-void tst_ConnectionDialog::typeLockDisablesTheTypeBox()
-{
-    GuiFixture fx;
-    ConnectionList list(fx.catalogue.get());
-    list.setCurrentIndex(0);
-    for (bool locked : {true, false}) {
-        list.editCurrent();
-        bool enabled = locked;
-        withModalDialog([&] { ConnectionEditor::run(nullptr, fx.services(), list, locked); },
-                        [&](TDBConnectionDlgFrm &dlg) {
-                            enabled = dlg.ConnectionTypeCombo->isEnabled();
-                            clickCancel(dlg);
-                        });
-        QCOMPARE(enabled, !locked);
     }
 }
 
@@ -668,9 +622,8 @@ void tst_ConnectionDialog::positionIsKept()
     }
     QCOMPARE(fx.settings->readInt("Connection Properties\\", "Left", -1), 37);
     QCOMPARE(fx.settings->readInt("Connection Properties\\", "Top", -1), 41);
-    TDBConnectionDlgFrm dlg(fx.services());
-    dlg.setFreeOnClose(false);
-    dlg.show();
+    auto owner = newDialog(fx.services());
+    TDBConnectionDlgFrm &dlg = *owner;
     QCOMPARE(dlg.pos(), QPoint(37, 41));
 }
 
