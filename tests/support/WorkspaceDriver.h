@@ -74,7 +74,7 @@ protected:
 struct MessageCatcher
 {
     QStringList shown;
-    MessageCatcher() { UserMessages::setHandler([this](const QString &text) { shown << text; }); }
+    MessageCatcher() { UserMessages::setHandler([this](UserMessages::Kind, const QString &text) { shown << text; }); }
     ~MessageCatcher() { UserMessages::setHandler({}); }
 };
 

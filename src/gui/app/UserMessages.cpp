@@ -1,5 +1,7 @@
 #include "app/UserMessages.h"
 
+#include "app/VantryApplication.h"
+
 #include <QMessageBox>
 
 namespace {
@@ -15,10 +17,19 @@ namespace UserMessages {
 void information(QWidget *parent, const QString &text)
 {
     if (handler()) {
-        handler()(text);
+        handler()(Kind::Information, text);
         return;
     }
     QMessageBox::information(parent, QStringLiteral("Vantry"), text, QMessageBox::Ok);
+}
+
+void error(QWidget *, const QString &text)
+{
+    if (handler()) {
+        handler()(Kind::Error, text);
+        return;
+    }
+    VantryApplication::reportError(text);
 }
 
 void setHandler(Handler h) { handler() = std::move(h); }

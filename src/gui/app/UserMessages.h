@@ -4,13 +4,18 @@
 
 class QWidget;
 
-// The few explicit refusals the program shows in a message box with an OK button ("Nothing to
-// execute!" and the like). Tests install a handler so no modal box blocks them.
+// The message boxes the program shows on its own: the few explicit refusals ("Nothing to
+// execute!"), the information of a dialog ("Connected!") and a dialog's errors, which go to the
+// program's error box. All pass through here so a test can take them over and no modal box
+// blocks it.
 namespace UserMessages {
 
-void information(QWidget *parent, const QString &text);
+enum class Kind { Information, Error };
 
-using Handler = std::function<void(const QString &text)>;
-void setHandler(Handler handler);  // an empty handler restores the message box
+void information(QWidget *parent, const QString &text);
+void error(QWidget *parent, const QString &text);
+
+using Handler = std::function<void(Kind kind, const QString &text)>;
+void setHandler(Handler handler);  // an empty handler brings the boxes back
 
 } // namespace UserMessages

@@ -4,7 +4,7 @@
 #include "app/VantryError.h"
 #include "connections/ConnectionTypeLayout.h"
 #include "connections/ConnectionTypes.h"
-#include "connections/DialogMessages.h"
+#include "app/UserMessages.h"
 #include "connections/FileNameEdit.h"
 #include "connections/OdbcAdministrator.h"
 #include "connections/ServerComboBox.h"
@@ -229,13 +229,13 @@ void TDBConnectionDlgFrm::cbServerExit()
         BusyCursor busy;
         m_services.discovery->GetListOfDataBasesR(connectionParams(), items, error);
     } catch (const std::exception &e) {
-        DialogMessages::error(this, messageOf(e));
+        UserMessages::error(this, messageOf(e));
         return;
     }
     items.sort(Qt::CaseInsensitive);
     DatabaseEd->replaceItems(items);
     if (!error.isEmpty())
-        DialogMessages::error(this, error);
+        UserMessages::error(this, error);
 }
 
 void TDBConnectionDlgFrm::tbTestConnectionClick()
@@ -246,10 +246,10 @@ void TDBConnectionDlgFrm::tbTestConnectionClick()
         BusyCursor busy;
         m_services.discovery->TestRConnection(connectionParams());
     } catch (const std::exception &e) {
-        DialogMessages::error(this, messageOf(e));
+        UserMessages::error(this, messageOf(e));
         return;
     }
-    DialogMessages::information(this, QStringLiteral("Connected!"));
+    UserMessages::information(this, QStringLiteral("Connected!"));
 }
 
 void TDBConnectionDlgFrm::btnBrowseDataClick()
@@ -265,7 +265,7 @@ void TDBConnectionDlgFrm::btnBrowseDataClick()
         }
         TTableBrowserFrm::browse(m_services, rc, tables, this);
     } catch (const std::exception &e) {
-        DialogMessages::error(this, messageOf(e));
+        UserMessages::error(this, messageOf(e));
     }
     PageControl->setCurrentWidget(tsParameters);
     tsParameters->setFocus();
@@ -276,7 +276,7 @@ void TDBConnectionDlgFrm::btnOdbcAdminClick()
     try {
         OdbcAdministrator::start(this);
     } catch (const std::exception &e) {
-        DialogMessages::error(this, messageOf(e));
+        UserMessages::error(this, messageOf(e));
     }
 }
 
@@ -306,7 +306,7 @@ bool TDBConnectionDlgFrm::validate()
     };
     for (const auto &check : checks) {
         if (check.failed) {
-            DialogMessages::error(this, QString::fromLatin1(check.message));
+            UserMessages::error(this, QString::fromLatin1(check.message));
             PageControl->setCurrentWidget(tsParameters);
             check.field->setFocus();
             return false;
@@ -325,7 +325,7 @@ void TDBConnectionDlgFrm::OKBtnClick()
         try {
             m_commit();
         } catch (const std::exception &e) {
-            DialogMessages::error(this, messageOf(e));
+            UserMessages::error(this, messageOf(e));
             return;
         }
     }

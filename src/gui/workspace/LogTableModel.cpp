@@ -1,31 +1,9 @@
 #include "workspace/LogTableModel.h"
 
+#include "components/BadgeIcon.h"
 #include "workspace/ExecutionLog.h"
 
-#include <QPainter>
-#include <QPixmap>
 
-namespace {
-
-QIcon drawStatus(const QColor &color, const QString &glyph)
-{
-    QPixmap pixmap(16, 16);
-    pixmap.fill(Qt::transparent);
-    QPainter p(&pixmap);
-    p.setRenderHint(QPainter::Antialiasing);
-    p.setBrush(color);
-    p.setPen(color.darker(140));
-    p.drawEllipse(QRectF(1.5, 1.5, 13, 13));
-    QFont f(QStringLiteral("DejaVu Sans"));
-    f.setBold(true);
-    f.setPixelSize(10);
-    p.setFont(f);
-    p.setPen(Qt::white);
-    p.drawText(pixmap.rect(), Qt::AlignCenter, glyph);
-    return QIcon(pixmap);
-}
-
-} // namespace
 
 LogTableModel::LogTableModel(ExecutionLog *log, QObject *parent)
     : QAbstractTableModel(parent), m_log(log)
@@ -49,9 +27,9 @@ int LogTableModel::columnCount(const QModelIndex &parent) const { return parent.
 QIcon LogTableModel::statusIcon(int status)
 {
     static const QIcon icons[] = {
-        drawStatus(QColor(0x2e, 0x9d, 0x4b), QStringLiteral("\u2713")),
-        drawStatus(QColor(0xe0, 0xa0, 0x20), QStringLiteral("!")),
-        drawStatus(QColor(0xd0, 0x33, 0x2c), QStringLiteral("\u2715")),
+        BadgeIcon::draw(BadgeIcon::Shape::Circle, 16, QColor(0x2e, 0x9d, 0x4b), QStringLiteral("\u2713")),
+        BadgeIcon::draw(BadgeIcon::Shape::Circle, 16, QColor(0xe0, 0xa0, 0x20), QStringLiteral("!")),
+        BadgeIcon::draw(BadgeIcon::Shape::Circle, 16, QColor(0xd0, 0x33, 0x2c), QStringLiteral("\u2715")),
     };
     return icons[(status >= 0 && status <= 2) ? status : 0];
 }

@@ -197,6 +197,3 @@ void TSqlFrm::tbSqlBuilderClick()
     // The visual query builder is not part of this build yet.
 }
 
-void TSqlFrm::runConnectionDialog()
-{
-}

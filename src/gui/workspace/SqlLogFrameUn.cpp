@@ -187,15 +187,21 @@ void TSqlLogFrame::Cut1Click() { seLog->cut(); }
 void TSqlLogFrame::Copy1Click() { seLog->copy(); }
 void TSqlLogFrame::Paste1Click() { seLog->paste(); }
 
-void TSqlLogFrame::SearchClick()
+bool TSqlLogFrame::askSearchText(const QString &title)
 {
     bool ok = false;
-    const QString text = QInputDialog::getText(this, QStringLiteral("Search"), QStringLiteral("Text to find:"),
-                                               QLineEdit::Normal, m_lastSearch, &ok);
+    const QString text = QInputDialog::getText(this, title, QStringLiteral("Text to find:"), QLineEdit::Normal,
+                                               m_lastSearch, &ok);
     if (!ok || text.isEmpty())
-        return;
+        return false;
     m_lastSearch = text;
-    seLog->findFirst(text, false, false, false, true);
+    return true;
+}
+
+void TSqlLogFrame::SearchClick()
+{
+    if (askSearchText(QStringLiteral("Search")))
+        seLog->findFirst(m_lastSearch, false, false, false, true);
 }
 
 void TSqlLogFrame::RepeatSearch1Click()
@@ -226,12 +232,9 @@ void TSqlLogFrame::saveLogTo(const QString &fileName)
 
 void TSqlLogFrame::Find1Click()
 {
-    bool ok = false;
-    const QString text = QInputDialog::getText(this, QStringLiteral("Find"), QStringLiteral("Text to find:"),
-                                               QLineEdit::Normal, m_lastSearch, &ok);
-    if (!ok || text.isEmpty())
+    if (!askSearchText(QStringLiteral("Find")))
         return;
-    m_lastSearch = text;
+    const QString &text = m_lastSearch;
     const int startColumn = qMax(0, gLog->currentIndex().column());
     const int rows = m_sorted->rowCount();
     const int startRow = qMax(0, gLog->currentIndex().row());

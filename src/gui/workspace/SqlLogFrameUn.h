@@ -48,6 +48,8 @@ private:
     QMenu *buildTextMenu();
     QMenu *buildGridMenu();
     void appendTextLine(const QString &text);
+    // Asks for the text to find (remembered for the next search); false when cancelled or empty.
+    bool askSearchText(const QString &title);
 
     ExecutionLog *md;
     LogTableModel *m_model;

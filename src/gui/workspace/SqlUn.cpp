@@ -1,6 +1,7 @@
 #include "workspace/SqlUn.h"
 
 #include "app/StatusMessage.h"
+#include "connections/ConnectionEditor.h"
 #include "connections/impDMun.h"
 #include "interchange/DMToolsUn.h"
 #include "workspace/ConnectionGridModel.h"
@@ -209,6 +210,11 @@ void TSqlFrm::AddConnectionItemClick()
 {
     m_connections->insertRow();
     runConnectionDialog();
+}
+
+void TSqlFrm::runConnectionDialog()
+{
+    ConnectionEditor::run(this, m_services, *m_connections, m_typeLocked);
 }
 
 void TSqlFrm::DeleteConnectionItemClick()

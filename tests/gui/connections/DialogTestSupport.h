@@ -3,7 +3,7 @@
 // modal connection editor with actions performed inside it.
 
 #include "connections/DBConnectionDialogUn.h"
-#include "connections/DialogMessages.h"
+#include "app/UserMessages.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -20,11 +20,11 @@ struct MessageLog
     QStringList infos;
     MessageLog()
     {
-        DialogMessages::setHandler([this](DialogMessages::Kind kind, const QString &text) {
-            (kind == DialogMessages::Kind::Error ? errors : infos) << text;
+        UserMessages::setHandler([this](UserMessages::Kind kind, const QString &text) {
+            (kind == UserMessages::Kind::Error ? errors : infos) << text;
         });
     }
-    ~MessageLog() { DialogMessages::setHandler({}); }
+    ~MessageLog() { UserMessages::setHandler({}); }
     void clear()
     {
         errors.clear();
