@@ -1,6 +1,8 @@
 #include "GuiFixture.h"
 #include "app/StatusMessage.h"
 #include "workspace/ConnectionList.h"
+#include "workspace/ExecutionLog.h"
+#include "workspace/SqlLogFrameUn.h"
 #include "workspace/SqlUn.h"
 
 #include <Qsci/qsciscintilla.h>
@@ -95,6 +97,27 @@ private slots:
         QCOMPARE(w->statusText(), QStringLiteral("Disconnected"));  // posted, not yet delivered
         QCoreApplication::processEvents();
         QCOMPARE(w->statusText(), QString(255, QLatin1Char('x')));
+    }
+
+    void runCommandsGoToTheCurrentTabOnly()
+    {
+        GuiFixture fx;
+        TMFrm *w = fx.show();
+        TSqlFrm *first = w->currentFrame();
+        w->AddPage();
+        TSqlFrm *second = w->currentFrame();
+        for (TSqlFrm *f : {first, second}) {
+            f->mdsConnections()->setCurrentIndex(0);
+            f->editor()->setText(QStringLiteral("select 1"));
+        }
+        w->action(QStringLiteral("Action2"))->trigger();   // F3
+        w->action(QStringLiteral("Action10"))->trigger();  // F4
+        QCOMPARE(second->log()->table()->count(), 2);
+        QCOMPARE(first->log()->table()->count(), 0);
+        w->pager()->setCurrentIndex(0);
+        w->action(QStringLiteral("Action2"))->trigger();
+        QCOMPARE(first->log()->table()->count(), 1);
+        QCOMPARE(second->log()->table()->count(), 2);
     }
 
     void settingsOfTheCurrentTabAreSavedAtExitAndRestored()

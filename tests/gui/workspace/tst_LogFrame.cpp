@@ -1,0 +1,81 @@
+// The execution log frame: what the table keeps, what the text view shows, and Save Log.
+#include "TempHome.h"
+#include "app/VantryError.h"
+#include "workspace/ExecutionLog.h"
+#include "workspace/LogTableModel.h"
+#include "workspace/SqlLogFrameUn.h"
+
+#include <Qsci/qsciscintilla.h>
+
+#include <QTableView>
+#include <QtTest>
+
+class tst_LogFrame : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void tableKeepsTheStatementTextViewTrimsIt()
+    {
+        TSqlLogFrame log;
+        log.SetSQL(QStringLiteral("\n\n  select 1  \t"));
+        log.SetMessage(QStringLiteral("  OK.\n"), 0);
+        QCOMPARE(log.table()->row(0).sql, QStringLiteral("\n\n  select 1  \t"));
+        QCOMPARE(log.textView()->text(), QStringLiteral("select 1\nOK.\n"));
+        QVERIFY(log.table()->row(0).timeEnd >= log.table()->row(0).time);
+    }
+
+    void unfinishedAndFailedRows()
+    {
+        TSqlLogFrame log;
+        log.SetSQL(QStringLiteral("select 1"));
+        const LogEntry &open = log.table()->row(0);
+        QCOMPARE(open.status, 0);
+        QVERIFY(open.message.isEmpty());
+        QCOMPARE(ExecutionLog::formatDuration(open.timeTakenMs()), QStringLiteral("00:00:00"));
+        log.SetMessage(QStringLiteral("no such table"), 2);
+        QCOMPARE(log.table()->row(0).status, 2);
+        // The grid shows the picture of the status; values outside 0..2 show the first picture.
+        QCOMPARE(LogTableModel::statusIcon(7).cacheKey(), LogTableModel::statusIcon(0).cacheKey());
+        QVERIFY(LogTableModel::statusIcon(2).cacheKey() != LogTableModel::statusIcon(0).cacheKey());
+        QCOMPARE(log.grid()->model()->headerData(5, Qt::Horizontal).toString(), QStringLiteral("TimeTaken"));
+    }
+
+    void messageWithoutStatementFailsOnAnEmptyLog()
+    {
+        TSqlLogFrame log;
+        QVERIFY_THROWS_EXCEPTION(VantryError, log.SetMessage(QStringLiteral("OK."), 0));
+    }
+
+    void durationsAcrossMidnightStayNegative()
+    {
+        LogEntry e;
+        e.time = QTime(23, 59, 58);
+        e.timeEnd = QTime(0, 0, 3);
+        QVERIFY(e.timeTakenMs() < 0);
+        QCOMPARE(ExecutionLog::formatDuration(e.timeTakenMs()), QStringLiteral("-23:59:55"));
+        QCOMPARE(ExecutionLog::formatDuration(3723000), QStringLiteral("01:02:03"));
+    }
+
+    void saveLogWritesTheTextViewOnly()
+    {
+        TempHome home;
+        TSqlLogFrame log;
+        const QString empty = home.file(QStringLiteral("empty.log"));
+        log.saveLogTo(empty);
+        QCOMPARE(QFileInfo(empty).size(), 0);
+
+        log.SetSQL(QStringLiteral("select 'ä'"));
+        log.SetMessage(QStringLiteral("OK."), 0);
+        const QString file = home.file(QStringLiteral("run.log"));
+        log.saveLogTo(file);
+        QFile saved(file);
+        QVERIFY(saved.open(QIODevice::ReadOnly));
+        QCOMPARE(QString::fromUtf8(saved.readAll()), QStringLiteral("select 'ä'\nOK.\n"));
+
+        QVERIFY_THROWS_EXCEPTION(VantryError, log.saveLogTo(home.file(QStringLiteral("no/such/folder/x.log"))));
+    }
+};
+
+QTEST_MAIN(tst_LogFrame)
+#include "tst_LogFrame.moc"
