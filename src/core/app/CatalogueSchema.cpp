@@ -1,4 +1,5 @@
 #include "app/CatalogueSchema.h"
+#include "app/SqlErrorText.h"
 
 #include "app/SqlExec.h"
 #include "app/VantryError.h"
@@ -68,7 +69,7 @@ void validate(QSqlDatabase &db, const QString &fileName)
     QSqlQuery probe(db);
     if (!probe.exec(QStringLiteral("select count(*) from sqlite_master")))
         throw VantryError(QStringLiteral("The catalogue \"%1\" cannot be read as a database: %2")
-                              .arg(fileName, probe.lastError().text()));
+                              .arg(fileName, sqlErrorText(probe.lastError())));
 
     for (const TableColumns &t : expectedTables()) {
         const QString table = QString::fromLatin1(t.table);

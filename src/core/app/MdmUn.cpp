@@ -1,4 +1,5 @@
 #include "app/MdmUn.h"
+#include "app/SqlErrorText.h"
 
 #include "app/CatalogueSchema.h"
 #include "app/SampleDatabase.h"
@@ -61,7 +62,7 @@ void TMdm::open()
     // Another Vantry sharing the file may hold the write lock for a moment: wait for it.
     m_db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=30000"));
     if (!m_db.open())
-        throw VantryError(QStringLiteral("Cannot open the catalogue \"%1\": %2").arg(m_fileName, m_db.lastError().text()));
+        throw VantryError(QStringLiteral("Cannot open the catalogue \"%1\": %2").arg(m_fileName, sqlErrorText(m_db.lastError())));
 
     if (existed)
         CatalogueSchema::validate(m_db, m_fileName);

@@ -1,4 +1,5 @@
 #include "app/SampleDatabase.h"
+#include "app/SqlErrorText.h"
 
 #include "app/VantryError.h"
 #include "connections/vtrtools.h"
@@ -143,7 +144,7 @@ void exec(QSqlQuery &q)
 {
     if (!q.exec())
         throw VantryError(QStringLiteral("The sample database could not be written: %1")
-                              .arg(q.lastError().text()));
+                              .arg(sqlErrorText(q.lastError())));
 }
 
 void exec(QSqlDatabase &db, const QString &sql)
@@ -151,7 +152,7 @@ void exec(QSqlDatabase &db, const QString &sql)
     QSqlQuery q(db);
     if (!q.exec(sql))
         throw VantryError(QStringLiteral("The sample database could not be written: %1")
-                              .arg(q.lastError().text()));
+                              .arg(sqlErrorText(q.lastError())));
 }
 
 QSqlQuery prepared(QSqlDatabase &db, const QString &sql)
@@ -159,7 +160,7 @@ QSqlQuery prepared(QSqlDatabase &db, const QString &sql)
     QSqlQuery q(db);
     if (!q.prepare(sql))
         throw VantryError(QStringLiteral("The sample database could not be written: %1")
-                              .arg(q.lastError().text()));
+                              .arg(sqlErrorText(q.lastError())));
     return q;
 }
 
@@ -255,7 +256,7 @@ void fill(QSqlDatabase &db)
     exec(db, QStringLiteral("PRAGMA foreign_keys = ON"));
     if (!db.transaction())
         throw VantryError(QStringLiteral("The sample database could not be written: %1")
-                              .arg(db.lastError().text()));
+                              .arg(sqlErrorText(db.lastError())));
     for (const char *statement : kSchema)
         exec(db, QString::fromLatin1(statement));
     Dice dice(20240117u);
@@ -265,7 +266,7 @@ void fill(QSqlDatabase &db)
     fillOrders(db, dice, QStringLiteral("ORDERS"), 1001, kOrderCount, QDate(2024, 1, 2), 360, true);
     if (!db.commit())
         throw VantryError(QStringLiteral("The sample database could not be written: %1")
-                              .arg(db.lastError().text()));
+                              .arg(sqlErrorText(db.lastError())));
 }
 
 } // namespace
@@ -284,7 +285,7 @@ void create(const QString &sqliteFile)
         db.setDatabaseName(part);
         if (!db.open()) {
             failure = QStringLiteral("The sample database %1 could not be created: %2")
-                          .arg(sqliteFile, db.lastError().text());
+                          .arg(sqliteFile, sqlErrorText(db.lastError()));
         } else {
             try {
                 fill(db);

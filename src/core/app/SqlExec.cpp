@@ -1,4 +1,5 @@
 #include "app/SqlExec.h"
+#include "app/SqlErrorText.h"
 
 #include "app/VantryError.h"
 
@@ -8,11 +9,11 @@ QSqlQuery run(QSqlDatabase &db, const QString &sql, std::initializer_list<QVaria
 {
     QSqlQuery q(db);
     if (!q.prepare(sql))
-        throw VantryError(QStringLiteral("Cannot prepare \"%1\": %2").arg(sql, q.lastError().text()));
+        throw VantryError(QStringLiteral("Cannot prepare \"%1\": %2").arg(sql, sqlErrorText(q.lastError())));
     for (const QVariant &v : binds)
         q.addBindValue(v);
     if (!q.exec())
-        throw VantryError(QStringLiteral("Cannot execute \"%1\": %2").arg(sql, q.lastError().text()));
+        throw VantryError(QStringLiteral("Cannot execute \"%1\": %2").arg(sql, sqlErrorText(q.lastError())));
     return q;
 }
 
@@ -20,7 +21,7 @@ void transaction(QSqlDatabase &db, const std::function<void()> &work)
 {
     QSqlQuery begin(db);
     if (!begin.exec(QStringLiteral("begin immediate")))
-        throw VantryError(QStringLiteral("Cannot start a catalogue transaction: %1").arg(begin.lastError().text()));
+        throw VantryError(QStringLiteral("Cannot start a catalogue transaction: %1").arg(sqlErrorText(begin.lastError())));
     try {
         work();
     } catch (...) {
@@ -29,7 +30,7 @@ void transaction(QSqlDatabase &db, const std::function<void()> &work)
     }
     QSqlQuery commit(db);
     if (!commit.exec(QStringLiteral("commit"))) {
-        const QString why = commit.lastError().text();
+        const QString why = sqlErrorText(commit.lastError());
         QSqlQuery(db).exec(QStringLiteral("rollback"));
         throw VantryError(QStringLiteral("Cannot commit a catalogue transaction: %1").arg(why));
     }

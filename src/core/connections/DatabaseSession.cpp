@@ -1,5 +1,6 @@
 #include "connections/DatabaseSession.h"
 
+#include "app/SqlErrorText.h"
 #include "app/VantryError.h"
 
 #include <QAtomicInt>
@@ -8,17 +9,6 @@
 
 namespace {
 QAtomicInt sessionCounter;
-}
-
-QString describeSqlError(const QSqlError &error)
-{
-    const QString database = error.databaseText().trimmed();
-    const QString driver = error.driverText().trimmed();
-    if (database.isEmpty())
-        return driver;
-    if (driver.isEmpty() || database.contains(driver))
-        return database;
-    return driver + QStringLiteral(": ") + database;
 }
 
 QtSqlSession::QtSqlSession()

@@ -1,4 +1,5 @@
 #pragma once
+#include "app/SqlErrorText.h"
 // One live connection of an access path (universal, Oracle, ADO), opened from a connection record.
 //
 // Sessions built on Qt SQL own a Qt connection name of their own ("vantry-session-<n>"), unique
@@ -52,6 +53,4 @@ private:
     QString m_name;
 };
 
-// The text of a failed Qt SQL call: the database's own text, then the driver's summary.
-class QSqlError;
-QString describeSqlError(const QSqlError &error);
+

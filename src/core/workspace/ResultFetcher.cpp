@@ -1,4 +1,5 @@
 #include "ResultFetcher.h"
+#include "app/SqlErrorText.h"
 
 #include "ResultFetchNative.h"
 #include "app/VantryError.h"
@@ -59,7 +60,7 @@ std::unique_ptr<ResultTable> ResultFetcher::fetchGeneric(const QSqlDatabase &db,
     QSqlQuery query(db);
     query.setForwardOnly(true);
     if (!query.exec(statement))
-        throw VantryError(query.lastError().text());
+        throw VantryError(sqlErrorText(query.lastError()));
 
     auto table = std::make_unique<ResultTable>();
     const QSqlRecord record = query.record();
@@ -81,7 +82,7 @@ std::unique_ptr<ResultTable> ResultFetcher::fetchGeneric(const QSqlDatabase &db,
         ++rows;
     }
     if (query.lastError().isValid())
-        throw VantryError(query.lastError().text());
+        throw VantryError(sqlErrorText(query.lastError()));
     table->finishFetch(truncated);
     return table;
 }

@@ -1,4 +1,5 @@
 #include "ResultWriteBack.h"
+#include "app/SqlErrorText.h"
 
 #include "app/VantryError.h"
 
@@ -21,18 +22,18 @@ void inTransaction(QSqlDatabase &db, Body body)
         throw;
     }
     if (own && !db.commit())
-        throw VantryError(db.lastError().text());
+        throw VantryError(sqlErrorText(db.lastError()));
 }
 
 QSqlQuery run(const QSqlDatabase &db, const QString &sql, const QVariantList &values)
 {
     QSqlQuery query(db);
     if (!query.prepare(sql))
-        throw VantryError(query.lastError().text());
+        throw VantryError(sqlErrorText(query.lastError()));
     for (const QVariant &value : values)
         query.addBindValue(value);
     if (!query.exec())
-        throw VantryError(query.lastError().text());
+        throw VantryError(sqlErrorText(query.lastError()));
     return query;
 }
 

@@ -1,5 +1,6 @@
 #include "workspace/SqlRun.h"
 
+#include "app/SqlErrorText.h"
 #include "app/SqlHistory.h"
 #include "app/VantryError.h"
 
@@ -66,13 +67,8 @@ QString shortTextQuery(const QString &table)
 void executeCommand(const QSqlDatabase &db, const QString &statement)
 {
     QSqlQuery query(db);
-    if (!query.exec(statement)) {
-        const QSqlError error = query.lastError();
-        QString text = error.databaseText().trimmed();
-        if (text.isEmpty())
-            text = error.text().trimmed();
-        throw VantryError(text.isEmpty() ? QStringLiteral("The statement failed without a message from the driver.") : text);
-    }
+    if (!query.exec(statement))
+        throw VantryError(sqlErrorText(query.lastError()));
 }
 
 } // namespace SqlRun
