@@ -1,6 +1,8 @@
 #include "workspace/SqlUn.h"
 
 #include "app/StatusMessage.h"
+#include "components/DBGridEh1.h"
+#include "components/GridTitleColor.h"
 #include "connections/ConnectionEditor.h"
 #include "connections/impDMun.h"
 #include "interchange/DMToolsUn.h"
@@ -144,8 +146,13 @@ void TSqlFrm::toggleShowSystemTables()
 
 void TSqlFrm::cbStyleChange()
 {
-    if (m_services.tools)
+    if (m_services.tools) {
         m_services.tools->setApplicationStyle(m_cbStyle->currentIndex());
+        // Four of the styles also colour the grids' column titles.
+        const QColor titles = m_services.tools->gridTitleColor();
+        applyGridTitleColor(Panel3->grid(), titles);
+        applyGridTitleColor(LogPanel->grid(), titles);
+    }
     saveSettings();
 }
 
