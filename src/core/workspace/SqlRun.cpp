@@ -64,6 +64,11 @@ QString shortTextQuery(const QString &table)
     return QStringLiteral("select ") + table + QStringLiteral(".* from ") + table;
 }
 
+QString oracleTableQuery(const QString &table)
+{
+    return QStringLiteral("select rowid,") + table + QStringLiteral(".* from ") + table;
+}
+
 void executeCommand(const QSqlDatabase &db, const QString &statement)
 {
     QSqlQuery query(db);

@@ -27,6 +27,9 @@ bool shouldRecord(const SqlHistory &history, const QString &statement);
 // The statement that a text shorter than 4 characters is replaced by: all rows of `table`.
 QString shortTextQuery(const QString &table);
 
+// All rows of `table` on the Oracle path, with each row's ROWID in front.
+QString oracleTableQuery(const QString &table);
+
 // Executes a statement that returns no rows; throws VantryError with the driver's text.
 void executeCommand(const QSqlDatabase &db, const QString &statement);
 

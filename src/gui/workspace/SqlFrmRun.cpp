@@ -124,14 +124,15 @@ void TSqlFrm::tbRunScriptClick()
 
 void TSqlFrm::lbTablesListClick()
 {
-    QString statement;
+    const QListWidgetItem *item = lbTablesList->currentItem();
+    const QString table = item ? item->text() : QString();
+    QString statement = QStringLiteral("select * from ") + table;
     try {
-        const QString table = lbTablesList->currentItem() ? lbTablesList->currentItem()->text() : QString();
-        statement = QStringLiteral("select * from ") + table;
+        selectedTable();  // nothing chosen: the lookup's error goes to the log
         connectCurrent();
         Panel3->closeResult();
-        statement = onOraclePath() ? QStringLiteral("select rowid,") + selectedTable() + QStringLiteral(".* from ") + table
-                                   : QStringLiteral("select * from ") + selectedTable();
+        if (onOraclePath())
+            statement = SqlRun::oracleTableQuery(table);
     } catch (const VantryError &e) {
         logFailure(statement, e.message());
         return;
@@ -152,8 +153,7 @@ void TSqlFrm::JvIncSearchChange()
 void TSqlFrm::Selectfromtable1Click()
 {
     const QString table = selectedTable();
-    se->setText(onOraclePath() ? QStringLiteral("select rowid,") + table + QStringLiteral(".* from ") + table
-                               : SqlRun::shortTextQuery(table));
+    se->setText(onOraclePath() ? SqlRun::oracleTableQuery(table) : SqlRun::shortTextQuery(table));
 }
 
 void TSqlFrm::Deletefromtable1Click()
