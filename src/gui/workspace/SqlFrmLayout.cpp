@@ -182,7 +182,9 @@ private:
     void addConnectionMenu()
     {
         QTableView *grid = f->ConnectionsGrid;
-        menuItem(grid, "ConnectionPropertiesItem", QStringLiteral("Properties"), QKeySequence(Qt::Key_F2),
+        // F2 belongs to the main window's "Properties" action, which runs this same item on the
+        // current tab; a second F2 here would make the key ambiguous, so the item only shows it.
+        menuItem(grid, "ConnectionPropertiesItem", QStringLiteral("Properties\tF2"), {},
                  &TSqlFrm::ConnectionPropertiesItemClick);
         menuItem(grid, "AddConnectionItem", QStringLiteral("Add"), QKeySequence(Qt::Key_Insert),
                  &TSqlFrm::AddConnectionItemClick);

@@ -263,6 +263,23 @@ private slots:
         QCOMPARE(frame->editor()->text(), QStringLiteral("select 2\nfrom ORDERS\nwhere 1 = 1"));
     }
 
+    void f2OnTheConnectionGridOpensTheDialog()
+    {
+        auto *grid = frame->findChild<QTableView *>(QStringLiteral("ConnectionsGrid"));
+        fx->window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(fx->window.get()));
+        grid->setFocus();
+        QString caption;
+        QTimer::singleShot(0, this, [&caption] {
+            if (QWidget *dialog = QApplication::activeModalWidget()) {
+                caption = dialog->windowTitle();
+                dialog->close();
+            }
+        });
+        QTest::keyClick(grid, Qt::Key_F2);
+        QCOMPARE(caption, QStringLiteral("SQLite connection properties"));
+    }
+
     void commandLineArgumentHidesTheConnectionGrid()
     {
         GuiFixture other;
