@@ -150,9 +150,15 @@ void TvtrFileReader::DetectByteOrderMark()
 
 QByteArray TvtrFileReader::ReadLn()
 {
-    QByteArray line = ExtractLine(-1, m_terminators);
-    ++m_linesRead;
+    QByteArray line;
+    ReadLn(line);
     return line;
+}
+
+void TvtrFileReader::ReadLn(QByteArray &line)
+{
+    ExtractLineInto(line, -1, m_terminators);
+    ++m_linesRead;
 }
 
 char16_t TvtrFileReader::ReadChar()

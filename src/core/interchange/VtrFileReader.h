@@ -41,6 +41,8 @@ public:
 
     // One line of bytes without the terminator; counts it.
     QByteArray ReadLn();
+    // The same into `line`, reusing its memory: the loop form for reading a whole file.
+    void ReadLn(QByteArray &line);
     // The same line decoded by the encoding; counts it.
     QString ReadWideLn();
     // One 16-bit character: high byte first in big-endian UTF-16, otherwise low byte first.

@@ -369,7 +369,16 @@ void AReaderEx::ScanLine(QByteArray *line, qint64 limit, TLineTerminators mask)
 QByteArray AReaderEx::ExtractLine(qint64 limit, TLineTerminators mask)
 {
     QByteArray line;
-    // Fast path: a line that ends inside the window is copied once, with no reallocation.
+    ExtractLineInto(line, limit, mask);
+    return line;
+}
+
+void AReaderEx::ExtractLineInto(QByteArray &line, qint64 limit, TLineTerminators mask)
+{
+    // Emptied, not released: a caller reading line after line into one buffer allocates only
+    // when a line is longer than every line before it.
+    line.resize(0);
+    // Fast path: a line that ends inside the window is copied once.
     if (mask != 0 && limit < 0 && m_cur != m_end)
     {
         const TByteSet &stops = StopsFor(mask);
@@ -379,12 +388,14 @@ QByteArray AReaderEx::ExtractLine(qint64 limit, TLineTerminators mask)
             const uchar *begin = m_cur;
             m_cur = stop + 1;
             if (CompleteTerminator(*stop, mask))
-                return QByteArray(reinterpret_cast<const char *>(begin), stop - begin);
+            {
+                line.append(reinterpret_cast<const char *>(begin), stop - begin);
+                return;
+            }
             m_cur = begin;
         }
     }
     ScanLine(&line, limit, mask);
-    return line;
 }
 
 void AReaderEx::SkipLine(TLineTerminators mask)

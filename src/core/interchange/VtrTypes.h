@@ -138,6 +138,8 @@ public:
     // limit < 0 means no limit; otherwise extraction stops once the line holds limit bytes or more
     // when a possible terminator byte is reached.
     QByteArray ExtractLine(qint64 limit, TLineTerminators mask);
+    // The same into the caller's buffer, which keeps its capacity from line to line.
+    void ExtractLineInto(QByteArray &line, qint64 limit, TLineTerminators mask);
     void SkipLine(TLineTerminators mask);
 
     // Raises the reader's read error: the file ended where more bytes were needed.

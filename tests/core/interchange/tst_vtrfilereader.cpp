@@ -26,6 +26,19 @@ Lines ReadAll(TvtrFileReader &reader)
     return lines;
 }
 
+// The same through one reused buffer: a shorter line must never keep bytes of a longer one.
+Lines ReadAllIntoOneBuffer(TvtrFileReader &reader)
+{
+    Lines lines;
+    QByteArray line;
+    while (!reader.Eof())
+    {
+        reader.ReadLn(line);
+        lines.append(line);
+    }
+    return lines;
+}
+
 } // namespace
 
 class TestVtrFileReader : public QObject
@@ -104,6 +117,9 @@ private slots:
             reader.SetLineTerminator(terminators);
             QCOMPARE(ReadAll(reader), expected);
             QCOMPARE(reader.LinesRead(), expected.size());
+            TvtrFileReader reused(name, bufferSize);
+            reused.SetLineTerminator(terminators);
+            QCOMPARE(ReadAllIntoOneBuffer(reused), expected);
         }
     }
 
@@ -117,8 +133,11 @@ private slots:
             expected.append(line);
             content += line + (i % 2 ? "\r\n" : "\n");
         }
-        TvtrFileReader reader(WriteFile(content), 1024);
+        const QString name = WriteFile(content);
+        TvtrFileReader reader(name, 1024);
         QCOMPARE(ReadAll(reader), expected);
+        TvtrFileReader reused(name, 1024);
+        QCOMPARE(ReadAllIntoOneBuffer(reused), expected);
     }
 
     void byteOrderMark_data()
