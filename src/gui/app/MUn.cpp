@@ -4,6 +4,7 @@
 #include "app/MainActions.h"
 #include "app/SettingsStore.h"
 #include "app/StatusMessage.h"
+#include "app/UserMessages.h"
 #include "connections/OdbcAdministrator.h"
 #include "workspace/ConnectionList.h"
 #include "workspace/SqlUn.h"
@@ -86,8 +87,9 @@ void TMFrm::createActions()
     connect(action(QStringLiteral("Action15")), &QAction::triggered, this, [this] { OdbcAdministrator::start(this); });
 
     const auto bind = [this](const char *name, void (TSqlFrm::*handler)()) {
-        connect(action(QString::fromLatin1(name)), &QAction::triggered, this,
-                [this, handler] { onCurrentFrame([handler](TSqlFrm *f) { (f->*handler)(); }); });
+        connect(action(QString::fromLatin1(name)), &QAction::triggered, this, [this, handler] {
+            onCurrentFrame([handler](TSqlFrm *f) { UserMessages::guarded(f, [f, handler] { (f->*handler)(); }); });
+        });
     };
     bind("Action3", &TSqlFrm::toggleShowSql);
     bind("Action4", &TSqlFrm::toggleShowConnections);

@@ -1,6 +1,7 @@
 #include "app/UserMessages.h"
 
 #include "app/VantryApplication.h"
+#include "app/VantryError.h"
 
 #include <QMessageBox>
 
@@ -30,6 +31,15 @@ void error(QWidget *, const QString &text)
         return;
     }
     VantryApplication::reportError(text);
+}
+
+void guarded(QWidget *parent, const std::function<void()> &command)
+{
+    try {
+        command();
+    } catch (const VantryError &e) {
+        error(parent, e.message());
+    }
 }
 
 void setHandler(Handler h) { handler() = std::move(h); }

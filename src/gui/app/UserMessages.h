@@ -15,6 +15,10 @@ enum class Kind { Information, Error };
 void information(QWidget *parent, const QString &text);
 void error(QWidget *parent, const QString &text);
 
+// Runs a user command; a VantryError it raises is shown in the error box instead of travelling
+// through the toolkit's event dispatch.
+void guarded(QWidget *parent, const std::function<void()> &command);
+
 using Handler = std::function<void(Kind kind, const QString &text)>;
 void setHandler(Handler handler);  // an empty handler brings the boxes back
 

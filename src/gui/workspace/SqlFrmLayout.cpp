@@ -1,5 +1,6 @@
 // Builds the widgets of a workspace tab, outside in: the two toolbars, the connections panel with
 // the table list, the SQL panel, the result area and the log.
+#include "app/UserMessages.h"
 #include "components/SqlEditor.h"
 #include "interchange/DMToolsUn.h"
 #include "workspace/ConnectionGridModel.h"
@@ -46,6 +47,14 @@ public:
     }
 
 private:
+    // Connects a signal to a handler of the frame; an error the handler raises goes to the error box.
+    template <typename Sender, typename Signal> void handle(Sender *sender, Signal signal, void (TSqlFrm::*slot)())
+    {
+        TSqlFrm *frame = f;
+        QObject::connect(sender, signal, frame,
+                         [frame, slot] { UserMessages::guarded(frame, [frame, slot] { (frame->*slot)(); }); });
+    }
+
     QToolButton *tool(QToolBar *bar, const char *name, const QString &text, const QString &hint, bool checkable = false,
                       bool down = false)
     {
@@ -81,25 +90,24 @@ private:
         rows->addLayout(row);
 
         QToolBar *tb1 = f->tb1 = toolbar(adptop, "tb1");
-        QObject::connect(tool(tb1, "tbShowSql", QStringLiteral("SQL"), QStringLiteral("Show Sql Statement"), true, true),
-                         &QToolButton::clicked, f, &TSqlFrm::tbShowSqlClick);
-        QObject::connect(tool(tb1, "tbShowConnections", QStringLiteral("Connections"), QStringLiteral("Show Connections"),
+        handle(tool(tb1, "tbShowSql", QStringLiteral("SQL"), QStringLiteral("Show Sql Statement"), true, true),
+                         &QToolButton::clicked, &TSqlFrm::tbShowSqlClick);
+        handle(tool(tb1, "tbShowConnections", QStringLiteral("Connections"), QStringLiteral("Show Connections"),
                               true, true),
-                         &QToolButton::clicked, f, &TSqlFrm::tbShowConnectionsClick);
-        QObject::connect(tool(tb1, "tbShowLog", QStringLiteral("Log"), QStringLiteral("Show Log"), true, true),
-                         &QToolButton::clicked, f, &TSqlFrm::tbShowLogClick);
-        QObject::connect(tool(tb1, "tbShowSystemTables", QStringLiteral("System"), QStringLiteral("Show System Tables"),
+                         &QToolButton::clicked, &TSqlFrm::tbShowConnectionsClick);
+        handle(tool(tb1, "tbShowLog", QStringLiteral("Log"), QStringLiteral("Show Log"), true, true),
+                         &QToolButton::clicked, &TSqlFrm::tbShowLogClick);
+        handle(tool(tb1, "tbShowSystemTables", QStringLiteral("System"), QStringLiteral("Show System Tables"),
                               true, false),
-                         &QToolButton::clicked, f, &TSqlFrm::tbShowSystemTablesClick);
+                         &QToolButton::clicked, &TSqlFrm::tbShowSystemTablesClick);
         tb1->addSeparator();
-        QObject::connect(tool(tb1, "tbAddTab", QStringLiteral("+ Tab"), QStringLiteral("Add Tab")), &QToolButton::clicked,
-                         f, &TSqlFrm::addTabRequested);
+        handle(tool(tb1, "tbAddTab", QStringLiteral("+ Tab"), QStringLiteral("Add Tab")), &QToolButton::clicked, &TSqlFrm::addTabRequested);
         f->m_cbStyle = new QComboBox(tb1);
         f->m_cbStyle->setObjectName(QStringLiteral("cbStyle"));
         f->m_cbStyle->addItems(TdmTools::styleNames());
         f->m_cbStyle->setSizeAdjustPolicy(QComboBox::AdjustToContents);
         tb1->addWidget(f->m_cbStyle);
-        QObject::connect(f->m_cbStyle, QOverload<int>::of(&QComboBox::activated), f, &TSqlFrm::cbStyleChange);
+        handle(f->m_cbStyle, QOverload<int>::of(&QComboBox::activated), &TSqlFrm::cbStyleChange);
         row->addWidget(tb1);
         row->addStretch();
 
@@ -119,12 +127,11 @@ private:
         tool(tb2, "tbReS", QStringLiteral("Replace"), QStringLiteral("Replace"));
         tb2->addSeparator();
         tool(tb2, "cbAutoClearLog", QStringLiteral("Auto Clear"), QStringLiteral("Clear Log Before Run"), true, false);
-        QObject::connect(tool(tb2, "tbRunSQL", QStringLiteral("Run"), QStringLiteral("Run Sql")), &QToolButton::clicked, f,
-                         &TSqlFrm::ToolButton7Click);
-        QObject::connect(tool(tb2, "tbRunScript", QStringLiteral("Script"), QStringLiteral("Run as script")),
-                         &QToolButton::clicked, f, &TSqlFrm::tbRunScriptClick);
-        QObject::connect(tool(tb2, "tbSQLBuilder", QStringLiteral("Builder"), QStringLiteral("Sql Builder")),
-                         &QToolButton::clicked, f, &TSqlFrm::tbSqlBuilderClick);
+        handle(tool(tb2, "tbRunSQL", QStringLiteral("Run"), QStringLiteral("Run Sql")), &QToolButton::clicked, &TSqlFrm::ToolButton7Click);
+        handle(tool(tb2, "tbRunScript", QStringLiteral("Script"), QStringLiteral("Run as script")),
+                         &QToolButton::clicked, &TSqlFrm::tbRunScriptClick);
+        handle(tool(tb2, "tbSQLBuilder", QStringLiteral("Builder"), QStringLiteral("Sql Builder")),
+                         &QToolButton::clicked, &TSqlFrm::tbSqlBuilderClick);
         f->peSeparator = new QComboBox(tb2);
         f->peSeparator->setObjectName(QStringLiteral("peSeparator"));
         f->peSeparator->setEditable(true);
@@ -174,7 +181,7 @@ private:
         a->setShortcut(key);
         a->setShortcutContext(Qt::WidgetShortcut);
         owner->addAction(a);
-        QObject::connect(a, &QAction::triggered, f, slot);
+        handle(a, &QAction::triggered, slot);
         return a;
     }
 
@@ -230,7 +237,7 @@ private:
             if (index.isValid() && f->ConnectionsGrid->currentIndex().row() != row)
                 f->ConnectionsGrid->setCurrentIndex(index);
         });
-        QObject::connect(f->ConnectionsGrid, &QTableView::clicked, f, &TSqlFrm::cbConListClick);
+        handle(f->ConnectionsGrid, &QTableView::clicked, &TSqlFrm::cbConListClick);
         f->Splitter2->addWidget(f->ConnectionsGrid);
 
         f->TablesPanel = new QWidget(f->Splitter2);
@@ -250,8 +257,8 @@ private:
         menuItem(f->lbTablesList, "Selectfromtable1", QStringLiteral("Select * from table"), {}, &TSqlFrm::Selectfromtable1Click);
         menuItem(f->lbTablesList, "Deletefromtable1", QStringLiteral("Delete from table"), {}, &TSqlFrm::Deletefromtable1Click);
         menuItem(f->lbTablesList, "runcatetable1", QStringLiteral("Truncate table"), {}, &TSqlFrm::runcatetable1Click);
-        QObject::connect(f->lbTablesList, &QListWidget::itemClicked, f, &TSqlFrm::lbTablesListClick);
-        QObject::connect(f->JvIncSearch, &QLineEdit::textChanged, f, &TSqlFrm::JvIncSearchChange);
+        handle(f->lbTablesList, &QListWidget::itemClicked, &TSqlFrm::lbTablesListClick);
+        handle(f->JvIncSearch, &QLineEdit::textChanged, &TSqlFrm::JvIncSearchChange);
         tables->addWidget(f->lbTablesList, 1);
         f->lb = new QListWidget(f->TablesPanel);
         f->lb->setObjectName(QStringLiteral("lb"));
@@ -284,7 +291,7 @@ private:
             b->setText(text);
             b->setToolTip(hint);
             b->setAutoRaise(true);
-            QObject::connect(b, &QToolButton::clicked, f, slot);
+            handle(b, &QToolButton::clicked, slot);
             captionRow->addWidget(b);
         };
         small("sbSqlSelect", QStringLiteral("History"), QStringLiteral("Sql History"), &TSqlFrm::sbSqlSelectClick);

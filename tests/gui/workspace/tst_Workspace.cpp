@@ -9,6 +9,7 @@
 
 #include <QComboBox>
 #include <QLineEdit>
+#include <QAction>
 #include <QListView>
 #include <QTableView>
 #include <QListWidget>
@@ -278,6 +279,22 @@ private slots:
         });
         QTest::keyClick(grid, Qt::Key_F2);
         QCOMPARE(caption, QStringLiteral("SQLite connection properties"));
+    }
+
+    void tableListErrorsGoToTheErrorBox()
+    {
+        MessageCatcher boxes;
+        TReaderConnection missing;
+        missing.ConnectionType = dsSqLite;
+        missing.Description = QStringLiteral("gone");
+        missing.DataBase = missing.SourceFile = fx->home.file(QStringLiteral("no-such.sqlite"));
+        addConnection(frame, missing);
+        selectConnection(frame, QStringLiteral("gone"));
+        fx->window->action(QStringLiteral("Action6"))->trigger();  // System Tables: reloads the list
+        QCOMPARE(boxes.shown.size(), 1);
+        QVERIFY2(boxes.shown.first().contains(QStringLiteral("no-such.sqlite")), qPrintable(boxes.shown.first()));
+        QVERIFY(!QFile::exists(missing.DataBase));
+        QCOMPARE(frame->tablesList()->count(), 0);
     }
 
     void commandLineArgumentHidesTheConnectionGrid()
