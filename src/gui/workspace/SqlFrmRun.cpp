@@ -5,6 +5,7 @@
 #include "app/SqlHistory.h"
 #include "app/UserMessages.h"
 #include "app/VantryError.h"
+#include "components/BusyCursor.h"
 #include "workspace/ResultPanel.h"
 #include "workspace/SqlLogFrameUn.h"
 #include "workspace/SqlRun.h"
@@ -75,6 +76,7 @@ void TSqlFrm::ToolButton7Click()
     }
     if (button("cbAutoClearLog")->isChecked())
         LogPanel->Clear();
+    BusyCursor busy;
     Panel3->closeResult();
     try {
         connectCurrent();  // every run reconnects
@@ -111,6 +113,7 @@ void TSqlFrm::tbRunScriptClick()
     }
     if (button("cbAutoClearLog")->isChecked())
         LogPanel->Clear();
+    BusyCursor busy;
     try {
         connectCurrent();
     } catch (const VantryError &e) {
@@ -127,6 +130,7 @@ void TSqlFrm::lbTablesListClick()
     const QListWidgetItem *item = lbTablesList->currentItem();
     const QString table = item ? item->text() : QString();
     QString statement = QStringLiteral("select * from ") + table;
+    BusyCursor busy;
     try {
         selectedTable();  // nothing chosen: the lookup's error goes to the log
         connectCurrent();

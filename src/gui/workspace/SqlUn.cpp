@@ -1,6 +1,7 @@
 #include "workspace/SqlUn.h"
 
 #include "app/StatusMessage.h"
+#include "components/BusyCursor.h"
 #include "components/DBGridEh1.h"
 #include "components/GridTitleColor.h"
 #include "connections/ConnectionEditor.h"
@@ -182,6 +183,7 @@ void TSqlFrm::cbConListClick()
 {
     lbTablesList->clear();
     lb->clear();
+    BusyCursor busy;
     const bool systemTables = button("tbShowSystemTables")->isChecked();
     const TReaderConnection record = GetConnection();
     QStringList names;
