@@ -39,6 +39,16 @@ private:
 
 double money(double value) { return std::round(value * 100.0) / 100.0; }
 
+// ORDERS and OLD_ORDERS share their columns: old orders are orders moved out of the way.
+#define ORDER_COLUMNS \
+    " ORDER_ID INTEGER PRIMARY KEY," \
+    " CUSTOMER_ID INTEGER NOT NULL REFERENCES CUSTOMERS(CUSTOMER_ID)," \
+    " ORDER_DATE DATE NOT NULL," \
+    " SHIP_CITY VARCHAR(40)," \
+    " SHIP_COUNTRY VARCHAR(40)," \
+    " STATUS VARCHAR(12)," \
+    " TOTAL NUMERIC(12,2))"
+
 const char *const kSchema[] = {
     "CREATE TABLE CUSTOMERS ("
     " CUSTOMER_ID INTEGER PRIMARY KEY,"
@@ -56,14 +66,7 @@ const char *const kSchema[] = {
     " UNIT_PRICE NUMERIC(10,2),"
     " UNITS_IN_STOCK INTEGER,"
     " DISCONTINUED INTEGER NOT NULL DEFAULT 0)",
-    "CREATE TABLE ORDERS ("
-    " ORDER_ID INTEGER PRIMARY KEY,"
-    " CUSTOMER_ID INTEGER NOT NULL REFERENCES CUSTOMERS(CUSTOMER_ID),"
-    " ORDER_DATE DATE NOT NULL,"
-    " SHIP_CITY VARCHAR(40),"
-    " SHIP_COUNTRY VARCHAR(40),"
-    " STATUS VARCHAR(12),"
-    " TOTAL NUMERIC(12,2))",
+    "CREATE TABLE ORDERS (" ORDER_COLUMNS,
     "CREATE TABLE ORDER_ITEMS ("
     " ORDER_ID INTEGER NOT NULL REFERENCES ORDERS(ORDER_ID),"
     " LINE_NO INTEGER NOT NULL,"
@@ -72,18 +75,12 @@ const char *const kSchema[] = {
     " UNIT_PRICE NUMERIC(10,2) NOT NULL,"
     " DISCOUNT NUMERIC(4,2) NOT NULL DEFAULT 0,"
     " PRIMARY KEY (ORDER_ID, LINE_NO))",
-    // Orders of earlier years, moved out of ORDERS; same columns.
-    "CREATE TABLE OLD_ORDERS ("
-    " ORDER_ID INTEGER PRIMARY KEY,"
-    " CUSTOMER_ID INTEGER NOT NULL REFERENCES CUSTOMERS(CUSTOMER_ID),"
-    " ORDER_DATE DATE NOT NULL,"
-    " SHIP_CITY VARCHAR(40),"
-    " SHIP_COUNTRY VARCHAR(40),"
-    " STATUS VARCHAR(12),"
-    " TOTAL NUMERIC(12,2))",
+    "CREATE TABLE OLD_ORDERS (" ORDER_COLUMNS,
     "CREATE INDEX IX_ORDERS_CUSTOMER ON ORDERS(CUSTOMER_ID)",
     "CREATE INDEX IX_ORDER_ITEMS_PRODUCT ON ORDER_ITEMS(PRODUCT_ID)",
 };
+
+#undef ORDER_COLUMNS
 
 const char *const kFirstNames[] = {"Anna", "Ben", "Clara", "David", "Elena", "Farid", "Greta",
                                    "Hugo", "Ines", "Jonas", "Kaori", "Lukas", "Maria", "Nils",
