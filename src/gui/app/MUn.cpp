@@ -25,6 +25,19 @@
 
 namespace {
 const QString kPlacementPath = QStringLiteral("P\\");
+
+// The View items that show a tab's panel toggles, and the toggle each one mirrors.
+struct ViewToggle
+{
+    const char *item;
+    const char *button;
+};
+const ViewToggle kViewToggles[] = {
+    {"SqlStatement1", "tbShowSql"},
+    {"Connections1", "tbShowConnections"},
+    {"SystemTables1", "tbShowSystemTables"},
+    {"Log1", "tbShowLog"},
+};
 // The View items whose check marks the window keeps between runs.
 const char *const kStoredChecks[] = {"Log1", "SystemTables1", "Conenctions1", "SqlStatement1"};
 } // namespace
@@ -143,10 +156,9 @@ void TMFrm::createMenu()
             entry->setParent(this);
         }
     }
-    for (const char *name : kStoredChecks) {
-        if (QAction *item = findChild<QAction *>(QString::fromLatin1(name)))
-            item->setCheckable(QByteArray(name) != "Conenctions1");
-    }
+    for (const ViewToggle &toggle : kViewToggles)
+        findChild<QAction *>(QString::fromLatin1(toggle.item))->setCheckable(true);
+    connect(findChild<QMenu *>(QStringLiteral("View1")), &QMenu::aboutToShow, this, &TMFrm::syncViewChecks);
     toolbar->addWidget(MM);
     setMenuWidget(dock);
 }
@@ -246,11 +258,22 @@ void TMFrm::closeEvent(QCloseEvent *event)
     QMainWindow::closeEvent(event);
 }
 
+void TMFrm::syncViewChecks()
+{
+    if (!m_current)
+        return;
+    for (const ViewToggle &toggle : kViewToggles) {
+        auto *button = m_current->findChild<QToolButton *>(QString::fromLatin1(toggle.button));
+        findChild<QAction *>(QString::fromLatin1(toggle.item))->setChecked(button && button->isChecked());
+    }
+}
+
 void TMFrm::FormDestroy()
 {
     if (m_destroyed)
         return;
     m_destroyed = true;
+    syncViewChecks();
     // The tab that is current at exit decides the settings every tab starts with next time.
     if (m_current)
         m_current->saveSettings();

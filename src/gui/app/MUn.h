@@ -29,6 +29,8 @@ public slots:
     void PCChange(int index);
     void PCClosePage(int index);
     void showAbout();
+    // The View items' check marks follow the current tab's panel toggles.
+    void syncViewChecks();
 
 protected:
     bool event(QEvent *event) override;

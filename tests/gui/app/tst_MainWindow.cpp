@@ -138,7 +138,9 @@ private slots:
         QCOMPARE(reread.readInt(QStringLiteral("SQL\\"), QStringLiteral("cbStyle.ItemIndex"), -1), 3);
         QCOMPARE(reread.readString(QStringLiteral("SQL\\"), QStringLiteral("se.Lines")), QStringLiteral("select 42\nfrom dual"));
         QCOMPARE(reread.readString(QStringLiteral("SQL\\"), QStringLiteral("tbShowLog.Down")), QStringLiteral("TRUE"));
-        QVERIFY(reread.contains(QStringLiteral("P\\"), QStringLiteral("Log1.Checked")));
+        // The View items' marks are those of the tab that was current: log shown, system tables not.
+        QCOMPARE(reread.readString(QStringLiteral("P\\"), QStringLiteral("Log1.Checked")), QStringLiteral("TRUE"));
+        QCOMPARE(reread.readString(QStringLiteral("P\\"), QStringLiteral("SystemTables1.Checked")), QStringLiteral("FALSE"));
 
         TMFrm *again = fx.show();
         QCOMPARE(again->currentFrame()->cbStyle()->currentIndex(), 3);
