@@ -7,7 +7,9 @@
 
 #include <Qsci/qsciscintilla.h>
 
+#include <QApplication>
 #include <QTableView>
+#include <QTimer>
 #include <QtTest>
 
 class tst_LogFrame : public QObject
@@ -55,6 +57,25 @@ private slots:
         QVERIFY(e.timeTakenMs() < 0);
         QCOMPARE(ExecutionLog::formatDuration(e.timeTakenMs()), QStringLiteral("-23:59:55"));
         QCOMPARE(ExecutionLog::formatDuration(3723000), QStringLiteral("01:02:03"));
+    }
+
+    void bothPrintEntriesPreviewUnderTheirOwnTitles()
+    {
+        TSqlLogFrame log;
+        log.SetSQL(QStringLiteral("select 1"));
+        log.SetMessage(QStringLiteral("OK."), 0);
+        QStringList titles;
+        const auto closePreview = [&titles] {
+            QWidget *preview = QApplication::activeModalWidget();
+            titles << (preview ? preview->windowTitle() : QStringLiteral("no preview"));
+            if (preview)
+                preview->close();
+        };
+        QTimer::singleShot(0, this, closePreview);
+        log.Print1Click();
+        QTimer::singleShot(0, this, closePreview);
+        log.PrintPreview1Click();
+        QCOMPARE(titles, (QStringList{"Sql Script Error Log", "Execution Log"}));
     }
 
     void saveLogWritesTheTextViewOnly()
