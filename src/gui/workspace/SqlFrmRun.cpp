@@ -22,7 +22,6 @@
 #include <QSpinBox>
 #include <QToolButton>
 
-
 template <typename Work> void TSqlFrm::logged(const QString &statement, Work work)
 {
     setStatus(QStringLiteral("Executing"));
@@ -68,12 +67,18 @@ void TSqlFrm::runQuery(const QString &statement)
     Panel3->setFocus();
 }
 
+bool TSqlFrm::hasTextToRun()
+{
+    if (!se->text().trimmed().isEmpty())
+        return true;
+    UserMessages::information(this, QStringLiteral("Nothing to execute!"));
+    return false;
+}
+
 void TSqlFrm::ToolButton7Click()
 {
-    if (se->text().trimmed().isEmpty()) {
-        UserMessages::information(this, QStringLiteral("Nothing to execute!"));
+    if (!hasTextToRun())
         return;
-    }
     if (button("cbAutoClearLog")->isChecked())
         LogPanel->Clear();
     BusyCursor busy;
@@ -102,10 +107,8 @@ void TSqlFrm::ToolButton7Click()
 
 void TSqlFrm::tbRunScriptClick()
 {
-    if (se->text().trimmed().isEmpty()) {
-        UserMessages::information(this, QStringLiteral("Nothing to execute!"));
+    if (!hasTextToRun())
         return;
-    }
     const QString delimiter = peSeparator->currentText();
     if (delimiter.isEmpty()) {
         UserMessages::information(this, QStringLiteral("Select Sql Statements Delimiter first!"));

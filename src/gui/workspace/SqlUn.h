@@ -107,6 +107,8 @@ private:
     template <typename Work> void logged(const QString &statement, Work work);
     void logFailure(const QString &statement, const QString &message);
     void runQuery(const QString &statement);
+    // The first step of both run commands: an empty editor is refused with a message box.
+    bool hasTextToRun();
 
     AppServices m_services;
     QObject *m_mainWindow;
