@@ -7,23 +7,13 @@
 #include "connections/SqlServerDriver.h"
 #include "connections/UniversalConfig.h"
 
+#include "TestServers.h"
+
 #include <QtTest>
 
 Q_DECLARE_METATYPE(TDataSourceType)
 
 namespace {
-
-TReaderConnection record(TDataSourceType type, const QString &server, const QString &database,
-                         const QString &user, const QString &password)
-{
-    TReaderConnection r;
-    r.ConnectionType = type;
-    r.Server = server;
-    r.DataBase = database;
-    r.UserName = user;
-    r.Password = password;
-    return r;
-}
 
 QString errorOf(const std::function<void()> &f)
 {
@@ -133,7 +123,7 @@ private slots:
         qputenv("VANTRY_COMMON_DOCUMENTS", "/srv/docs");
         // Whatever driver was found, the ADO path uses SQLOLEDB.
         SqlServerDriver::chooseFrom({QStringLiteral("SQL Server Native Client 10.0")});
-        TReaderConnection r = record(type, server, database, user, password);
+        TReaderConnection r = TestServers::record(type, server, 0, database, user, password);
         r.OdbcDsnName = QStringLiteral("Sheets");
         QCOMPARE(AdoConnectionString::fromRecord(r), expected);
         qunsetenv("VANTRY_COMMON_DOCUMENTS");
@@ -258,10 +248,10 @@ private slots:
         // What the ADO path of a tab does: record, ADO string, ODBC string.
         SqlServerDriver::chooseFrom({QStringLiteral("FreeTDS")});
         QCOMPARE(AdoToOdbc::translate(AdoConnectionString::fromRecord(
-                     record(dsSqlServer, QStringLiteral("db1"), QStringLiteral("Sales"), QString(), QString()))),
+                     TestServers::record(dsSqlServer, QStringLiteral("db1"), 0, QStringLiteral("Sales"), QString(), QString()))),
                  QStringLiteral("DRIVER={FreeTDS};Server=db1;Database=Sales;Trusted_Connection=Yes"));
         QCOMPARE(AdoToOdbc::translate(AdoConnectionString::fromRecord(
-                     record(dsODBC, QStringLiteral("MariaDB;x"), QString(), QStringLiteral("u"), QStringLiteral("p")))),
+                     TestServers::record(dsODBC, QStringLiteral("MariaDB;x"), 0, QString(), QStringLiteral("u"), QStringLiteral("p")))),
                  QStringLiteral("DSN=MariaDB;UID=u;PWD=p")); // a ";" in a DSN name cuts it, as ADO does
     }
 
@@ -299,7 +289,7 @@ private slots:
         QFETCH(int, tls);
         QFETCH(QString, provider);
         QFETCH(QStringList, options);
-        TReaderConnection r = record(type, QStringLiteral("127.0.0.1"), QStringLiteral("shop"),
+        TReaderConnection r = TestServers::record(type, QStringLiteral("127.0.0.1"), 0, QStringLiteral("shop"),
                                      QStringLiteral("me"), QStringLiteral("pw"));
         r.Port = 3307;
         r.TLS = tls;
