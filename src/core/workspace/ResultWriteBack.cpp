@@ -81,6 +81,12 @@ void ResultWriteBack::checkSingleRow(const Where &where, const char *action)
 
 void ResultWriteBack::postRow(ResultTable &result, qint64 row)
 {
+    writeToDatabase(result, row);
+    result.acceptRow(row);
+}
+
+void ResultWriteBack::writeToDatabase(const ResultTable &result, qint64 row)
+{
     if (result.isReadOnly())
         throw VantryError(QStringLiteral("The result is read-only"));
     switch (result.rowState(row)) {
@@ -92,12 +98,11 @@ void ResultWriteBack::postRow(ResultTable &result, qint64 row)
         break;
     case ResultTable::RowState::Unchanged:
     case ResultTable::RowState::Deleted:
-        return;
+        break;
     }
-    result.acceptRow(row);
 }
 
-void ResultWriteBack::update(ResultTable &result, qint64 row)
+void ResultWriteBack::update(const ResultTable &result, qint64 row)
 {
     const Where where = locate(result, row);
     QStringList sets;
@@ -121,7 +126,7 @@ void ResultWriteBack::update(ResultTable &result, qint64 row)
     });
 }
 
-void ResultWriteBack::insert(ResultTable &result, qint64 row)
+void ResultWriteBack::insert(const ResultTable &result, qint64 row)
 {
     QStringList fields;
     QStringList marks;
@@ -154,10 +159,13 @@ void ResultWriteBack::insert(ResultTable &result, qint64 row)
 
 void ResultWriteBack::deleteRow(ResultTable &result, qint64 row)
 {
-    if (result.rowState(row) == ResultTable::RowState::Inserted) {
-        result.markDeleted(row);
-        return;
-    }
+    if (result.rowState(row) != ResultTable::RowState::Inserted)
+        deleteInDatabase(result, row);
+    result.markDeleted(row);
+}
+
+void ResultWriteBack::deleteInDatabase(const ResultTable &result, qint64 row)
+{
     if (result.isReadOnly())
         throw VantryError(QStringLiteral("The result is read-only"));
     const Where where = locate(result, row);
@@ -169,5 +177,4 @@ void ResultWriteBack::deleteRow(ResultTable &result, qint64 row)
                                   .arg(query.numRowsAffected())
                                   .arg(m_table));
     });
-    result.markDeleted(row);
 }

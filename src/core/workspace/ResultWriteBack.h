@@ -18,6 +18,12 @@ public:
     // Deletes the row in the database (a row not yet inserted is only dropped) and marks it.
     void deleteRow(ResultTable &result, qint64 row);
 
+    // The database half of the two above, reading the table but leaving it as it is, so it can
+    // run on the connection's thread while the window's thread shows the table; the caller then
+    // accepts the row (acceptRow, markDeleted) on its own thread.
+    void writeToDatabase(const ResultTable &result, qint64 row);
+    void deleteInDatabase(const ResultTable &result, qint64 row);
+
 private:
     struct Where
     {
@@ -27,8 +33,8 @@ private:
     Where locate(const ResultTable &result, qint64 row) const;
     void checkSingleRow(const Where &where, const char *action);
     QString field(const ResultTable &result, int col) const;
-    void update(ResultTable &result, qint64 row);
-    void insert(ResultTable &result, qint64 row);
+    void update(const ResultTable &result, qint64 row);
+    void insert(const ResultTable &result, qint64 row);
 
     QSqlDatabase m_db;
     QString m_table;
