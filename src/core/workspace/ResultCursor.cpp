@@ -1,5 +1,6 @@
 #include "ResultCursor.h"
 
+#include "EngineCancel.h"
 #include "ResultFetchNative.h"
 #include "app/SqlErrorText.h"
 #include "app/VantryError.h"
@@ -28,13 +29,32 @@ QMetaType::Type logicalTypeOf(const QMetaType &type)
 class GenericCursor : public ResultCursor
 {
 public:
-    explicit GenericCursor(const QSqlDatabase &db) : m_query(db) { m_query.setForwardOnly(true); }
+    GenericCursor(const QSqlDatabase &db, EngineCancel *cancel) : m_query(db)
+    {
+        m_query.setForwardOnly(true);
+        // ODBC cancels a statement: prepare it first, so its handle is known while it runs.
+        if (cancel && db.driverName() == QLatin1String("QODBC"))
+            m_cancel = cancel;
+    }
     ~GenericCursor() override { close(); }
 
     void exec(const QString &statement)
     {
-        if (!m_query.exec(statement))
-            throw VantryError(sqlErrorText(m_query.lastError()));
+        bool ok;
+        if (m_cancel) {
+            ok = m_query.prepare(statement);
+            if (ok) {
+                m_cancel->watchStatement(&m_query);
+                ok = m_query.exec();
+            }
+        } else {
+            ok = m_query.exec(statement);
+        }
+        if (!ok) {
+            const QSqlError error = m_query.lastError();
+            close();
+            throw VantryError(sqlErrorText(error));
+        }
         const QSqlRecord record = m_query.record();
         for (int col = 0; col < record.count(); ++col) {
             const QSqlField field = record.field(col);
@@ -65,6 +85,9 @@ public:
 
     void close() override
     {
+        if (m_cancel)
+            m_cancel->watchStatement(nullptr);
+        m_cancel = nullptr;
         m_open = false;
         m_query.finish();
     }
@@ -73,6 +96,7 @@ public:
 
 private:
     QSqlQuery m_query;
+    EngineCancel *m_cancel = nullptr;
     bool m_open = false;
 };
 
@@ -86,7 +110,8 @@ std::unique_ptr<ResultTable> ResultCursor::emptyTable() const
     return table;
 }
 
-std::unique_ptr<ResultCursor> ResultCursor::open(const QSqlDatabase &db, const QString &statement, Path path)
+std::unique_ptr<ResultCursor> ResultCursor::open(const QSqlDatabase &db, const QString &statement, Path path,
+                                                  EngineCancel *cancel)
 {
     if (!db.isOpen())
         throw VantryError(QStringLiteral("The connection is not open"));
@@ -96,7 +121,7 @@ std::unique_ptr<ResultCursor> ResultCursor::open(const QSqlDatabase &db, const Q
         if (auto cursor = ResultFetchNative::openPostgres(db, statement))
             return cursor;
     }
-    auto cursor = std::make_unique<GenericCursor>(db);
+    auto cursor = std::make_unique<GenericCursor>(db, cancel);
     cursor->exec(statement);
     return cursor;
 }
