@@ -12,6 +12,7 @@
 #include "interchange/DMToolsUn.h"
 #include "VersionInfo.h"
 
+#include <QIcon>
 #include <QScreen>
 #include <QTimer>
 
@@ -63,8 +64,9 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "vantry: %s\nTry 'vantry --help' for more information.\n", qPrintable(command.error));
         return 2;
     }
-    // Lets the desktop match the window to its menu entry and icon.
+    // Lets the desktop match the window to its menu entry; the icon comes from the installed theme.
     QGuiApplication::setDesktopFileName(QStringLiteral("dev.vantry.Vantry"));
+    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("dev.vantry.Vantry")));
     try {
         SettingsStore settings(DataFolder::settingsFile());
         chooseSqlServerDriver();
