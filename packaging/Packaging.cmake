@@ -80,11 +80,12 @@ set(CPACK_DEBIAN_PACKAGE_HOMEPAGE "https://vantry.dev/")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 # Libraries the program links are found by dpkg-shlibdeps. What it loads at run time is named by
-# hand: the Qt SQL drivers and platform plugins, and the unixODBC driver manager.
+# hand: the Qt SQL drivers and the unixODBC driver manager. The X11 platform plugin comes with
+# Qt's GUI library; Wayland and SVG icon support are recommended.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
-  "libqt6sql6-sqlite, libqt6sql6-psql, libqt6sql6-mysql, libqt6sql6-odbc, libqt6sql6-ibase, qt6-qpa-plugins, libodbc2")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "odbcinst, fonts-dejavu-core")
+  "libqt6sql6-sqlite, libqt6sql6-psql, libqt6sql6-mysql, libqt6sql6-odbc, libqt6sql6-ibase, libodbc2")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "odbcinst, fonts-dejavu-core, libqt6svg6, qt6-wayland")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "odbc-postgresql, odbc-mariadb, libsqliteodbc")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 include(CPack)
