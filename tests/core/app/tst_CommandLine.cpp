@@ -151,11 +151,12 @@ private slots:
         QCOMPARE(folders.at(1), QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/../share/vantry")));
         QCOMPARE(folders.at(2), home.path());
         const QString name = QStringLiteral("tst_CommandLine_runtime_file.txt");
+        const QString shared = folders.at(1) + QLatin1Char('/') + name;
+        QFile::remove(shared);  // left by an interrupted run
         QVERIFY(DataFolder::findBesideExecutable(name).isEmpty());
         writeFile(home.file(name), "in the data folder");
         QCOMPARE(DataFolder::findBesideExecutable(name), home.file(name));
         QVERIFY(QDir().mkpath(folders.at(1)));
-        const QString shared = folders.at(1) + QLatin1Char('/') + name;
         writeFile(shared, "installed");
         QCOMPARE(DataFolder::findBesideExecutable(name), shared);
         QFile::remove(shared);
