@@ -21,6 +21,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QSpinBox>
+#include <QTableView>
 #include <QToolButton>
 
 void TSqlFrm::connectRunService()
@@ -81,6 +82,25 @@ void TSqlFrm::logFailure(const QString &statement, const QString &message)
     LogPanel->SetSQL(statement);
     LogPanel->SetMessage(message, 2);
     setStatus(QStringLiteral("Error"));
+}
+
+void TSqlFrm::logGridFailure(const QString &message)
+{
+    const QString table = Panel3->query().source().table;
+    LogPanel->SetSQL(table.isEmpty() ? QStringLiteral("(result grid)") : QStringLiteral("(result grid) ") + table);
+    LogPanel->SetMessage(message, 2);
+    LogPanel->grid()->scrollToBottom();
+    setStatus(briefStatus(message));
+}
+
+QString TSqlFrm::briefStatus(const QString &message)
+{
+    // The status bar's first panel shows about this many characters.
+    constexpr int Room = 90;
+    QString line = message.section(QLatin1Char('\n'), 0, 0).trimmed();
+    if (line.size() > Room)
+        line = line.left(Room - 3) + QStringLiteral("...");
+    return QStringLiteral("Error: ") + line;
 }
 
 bool TSqlFrm::onOraclePath() const
