@@ -16,7 +16,9 @@
 
 #include <Qsci/qsciscintilla.h>
 
+#include <QAction>
 #include <QApplication>
+#include <QKeyEvent>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QListWidget>
@@ -49,6 +51,27 @@ void TSqlFrm::connectRunService()
     connect(m_run, &RunService::tablesFailed, this,
             [this](const QString &message) { UserMessages::error(this, message); });
     Panel3->setRunService(m_run, [this] { return runOptions(); });
+
+    // Esc anywhere in the tab cancels what runs; while nothing runs the key is left to the widgets.
+    auto *escape = new QAction(this);
+    escape->setObjectName(QStringLiteral("acCancelRun"));
+    escape->setShortcut(QKeySequence(Qt::Key_Escape));
+    escape->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    escape->setEnabled(false);
+    addAction(escape);
+    connect(escape, &QAction::triggered, this, &TSqlFrm::tbCancelRunClick);
+    se->installEventFilter(this);
+}
+
+bool TSqlFrm::eventFilter(QObject *watched, QEvent *event)
+{
+    // The editor claims Esc for itself; while a run is under way the key belongs to Cancel.
+    if (watched == se && event->type() == QEvent::ShortcutOverride && isRunning()
+        && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape) {
+        event->ignore();
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 RunService::Options TSqlFrm::runOptions()
@@ -67,6 +90,7 @@ void TSqlFrm::runBusyChanged(bool busy)
     for (const char *name : {"tbRunSQL", "tbRunScript"})
         button(name)->setEnabled(!busy);
     button("tbCancelRun")->setEnabled(busy);
+    findChild<QAction *>(QStringLiteral("acCancelRun"))->setEnabled(busy);
     lbTablesList->setEnabled(!busy);
 }
 

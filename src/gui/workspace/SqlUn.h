@@ -103,6 +103,9 @@ public slots:
     void Deletefromtable1Click();
     void runcatetable1Click();  // Truncate table
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     friend class SqlFrmBuilder;
     QToolButton *button(const char *name) const;
