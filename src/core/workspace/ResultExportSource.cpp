@@ -1,0 +1,72 @@
+#include "ResultExportSource.h"
+
+#include <charconv>
+
+ResultExportSource::ResultExportSource(const ResultTable &table, const ResultView &view)
+    : m_table(table), m_direct(!table.hasOverrides())
+{
+    m_rows.reserve(size_t(view.dataRows()));
+    for (qint64 i = 0; i < view.size(); ++i) {
+        const ResultView::Entry &entry = view.entry(i);
+        if (entry.level < 0)
+            m_rows.push_back(entry.row);
+    }
+}
+
+ResultExportSource::ResultExportSource(const ResultTable &table)
+    : m_table(table), m_direct(!table.hasOverrides())
+{
+    m_rows.reserve(size_t(table.rowCount()));
+    for (qint64 row = 0; row < table.rowCount(); ++row)
+        if (!table.isDeleted(row))
+            m_rows.push_back(row);
+}
+
+bool ResultExportSource::isNull(qint64 row, int col) const
+{
+    return m_table.isNull(m_rows[size_t(row)], col);
+}
+
+std::string_view ResultExportSource::text(qint64 row, int col, std::string &scratch) const
+{
+    const qint64 r = m_rows[size_t(row)];
+    if (m_direct) {
+        // The common case reads the columnar storage without building a QVariant per cell.
+        const ResultColumn &column = m_table.column(col);
+        const QMetaType::Type type = column.logicalType();
+        switch (column.storage()) {
+        case ResultStorage::Integer:
+            if (type != QMetaType::Bool) {
+                char digits[24];
+                const auto end = std::to_chars(digits, digits + sizeof digits, column.intAt(r)).ptr;
+                scratch.assign(digits, end);
+                return scratch;
+            }
+            break;
+        case ResultStorage::Real: {
+            char digits[32];
+            const auto end = std::to_chars(digits, digits + sizeof digits, column.realAt(r)).ptr;
+            scratch.assign(digits, end);
+            return scratch;
+        }
+        case ResultStorage::Text:
+            // Dates are kept as ISO text; the grid shows them in its own form.
+            if (type != QMetaType::QDate && type != QMetaType::QDateTime)
+                return column.bytesAt(r);
+            break;
+        default:
+            break;
+        }
+    }
+    const QVariant v = m_table.value(r, col);
+    if (v.metaType().id() == QMetaType::QByteArray)
+        scratch = "0x" + v.toByteArray().toHex().toStdString();  // every byte, not the grid's first 64
+    else
+        scratch = ResultView::text(m_table, r, col).toStdString();
+    return scratch;
+}
+
+QVariant ResultExportSource::value(qint64 row, int col) const
+{
+    return m_table.value(m_rows[size_t(row)], col);
+}
