@@ -80,8 +80,10 @@ private slots:
         QTest::newRow("clone") << "tbClone" << "Clone Record" << true;
         QTest::newRow("groupping") << "tbShowGroupping" << "Show Groupping" << true;
         QTest::newRow("read only") << "tbReadOnly" << "Read Only" << true;
-        QTest::newRow("export") << "tbExport" << "Export Data" << false;
-        QTest::newRow("excel") << "tbExcelExport" << "Export To Excel" << false;
+        QTest::newRow("export") << "tbExport" << "Export Data" << true;
+        QTest::newRow("print") << "tbPrint" << "Print" << true;
+        QTest::newRow("preview") << "tbPreview" << "Preview" << true;
+        QTest::newRow("excel") << "tbExcelExport" << "Export To Excel" << true;
         QTest::newRow("import") << "tbImport" << "Import Data" << false;
     }
     void buttons()

@@ -41,6 +41,7 @@ TdmTools::TdmTools(QObject *parent)
     setObjectName(QStringLiteral("dmTools"));
 }
 
+
 const QStringList &TdmTools::styleNames()
 {
     static const QStringList names = {

@@ -1,14 +1,60 @@
 #pragma once
 #include <QColor>
 #include <QObject>
+#include <QPointer>
 #include <QStringList>
+#include <functional>
+#include <memory>
 
-// The tools service: the program-wide visual style (and, later, exports, printing and previews).
+class ExportSource;
+class QsciScintilla;
+class QPrinter;
+class QWidget;
+
+// The tools service: exports of a grid's rows to files, grid and editor printing with their
+// previews, and the program-wide visual style. One instance, made in main.cpp.
 class TdmTools : public QObject
 {
     Q_OBJECT
 public:
     explicit TdmTools(QObject *parent = nullptr);
+
+    // --- Export ---
+
+    // Asks for the target file and the save dialog's filter entry (1-based); false when cancelled.
+    using SaveDialog = std::function<bool(QWidget *parent, const QString &caption, const QString &defaultName,
+                                          QString &fileName, int &entry)>;
+    // Tells the user why an export failed.
+    using ErrorBox = std::function<void(QWidget *parent, const QString &message)>;
+    // Tests replace the file dialog and the error box.
+    void setSaveDialog(SaveDialog dialog) { m_saveDialog = std::move(dialog); }
+    void setErrorBox(ErrorBox box) { m_errorBox = std::move(box); }
+
+    // Asks where to and in which format, then writes the source's rows there on a worker thread.
+    // The grid is disabled meanwhile and enabled again afterwards, whatever the outcome; an export
+    // that takes more than half a second shows a progress dialog with Cancel. Returns at once;
+    // exportFinished reports the end. The .xlsm entry writes nothing.
+    void ExportGrid(QWidget *grid, std::shared_ptr<const ExportSource> source, const QString &caption = {},
+                    const QString &defaultName = {});
+    bool isExporting() const { return m_exports > 0; }
+
+    // --- Printing ---
+
+    // Asks for the printer in the print dialog (which can also print to a PDF file); false when
+    // cancelled. Tests replace it.
+    using PrintDialog = std::function<bool(QWidget *parent, QPrinter *printer)>;
+    void setPrintDialog(PrintDialog dialog) { m_printDialog = std::move(dialog); }
+
+    // Prints the rows under the title after the print dialog.
+    void PrintGrid(QWidget *parent, const ExportSource &rows, const QString &title);
+    // Opens the grid preview window on a copy of the rows' texts; it lives until closed.
+    QWidget *PrintPreviewGrid(QWidget *parent, std::shared_ptr<const ExportSource> rows, const QString &title);
+    // Prints the editor's text under the title, with the header and footer bands, after the print dialog.
+    void PrintSynEdit(QsciScintilla *editor, const QString &title);
+    // Shows the editor's text in the text preview, modally.
+    void PreviewSynEdit(QsciScintilla *editor, const QString &title);
+
+    // --- Styles ---
 
     // The style names as the workspace's style list shows them. Two end in a blank, as stored.
     static const QStringList &styleNames();
@@ -21,7 +67,17 @@ public:
 
 signals:
     void applicationStyleChanged(int index);
+    // An export ended: ok when the file was written; message names the cause of a failure and is
+    // empty after a cancel or success.
+    void exportFinished(bool ok, const QString &message);
 
 private:
+    void runExport(QWidget *grid, std::shared_ptr<const ExportSource> source, int format, const QString &fileName,
+                   const QString &caption);
+
     int m_style = -1;
+    int m_exports = 0;
+    SaveDialog m_saveDialog;
+    PrintDialog m_printDialog;
+    ErrorBox m_errorBox;
 };

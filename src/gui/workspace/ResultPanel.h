@@ -11,6 +11,7 @@ class QMenu;
 class QToolBar;
 class ResultFindDialog;
 class ResultGroupingPanel;
+class TdmTools;
 
 // The result area Panel3 of a workspace tab: the grid toolbar and the grid DBGridEh1 with its
 // commands. The tab opens a query here and closes it; errors of openQuery are VantryError for
@@ -40,6 +41,9 @@ public:
     bool showGrouppingDown() const;
     void setShowGrouppingDown(bool down);
 
+    // The tools service that exports and prints the grid; without it those commands do nothing.
+    void setTools(TdmTools *tools) { m_tools = tools; }
+
     // Asked before Delete1Click deletes; the default shows a question box. Tests replace it.
     void setDeleteConfirmation(std::function<bool(int rows)> confirm) { m_confirmDelete = std::move(confirm); }
 
@@ -53,6 +57,11 @@ public slots:
     void tbOptimizeWidthClick(); // fits all column widths
     void tbShowGrouppingClick(); // shows or hides the grouping panel
     void tbReadOnlyClick();      // read-only mode
+    // In ResultPanelExport.cpp:
+    void MenuItem1Click();       // exports the grid's rows to a file (Export Data)
+    void Print1Click();          // grid print preview; "Print" deliberately previews too
+    void MenuItem4Click();       // grid print preview (Preview)
+    void tbExcelExportClick();   // exports the grid's rows to a workbook (Export To Excel)
 
 signals:
     // A command failed; the text names the cause. The tab logs it.
@@ -76,4 +85,5 @@ private:
     ResultFindDialog *m_find = nullptr;
     std::function<bool(int)> m_confirmDelete;
     bool m_posting = false;
+    TdmTools *m_tools = nullptr;
 };
