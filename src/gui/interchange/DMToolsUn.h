@@ -1,4 +1,6 @@
 #pragma once
+#include "ui/AppStyles.h"
+
 #include <QColor>
 #include <QObject>
 #include <QPointer>
@@ -56,12 +58,26 @@ public:
 
     // --- Styles ---
 
-    // The style names as the workspace's style list shows them. Two end in a blank, as stored.
+    // The style names as the workspace's style list shows them. Two end in a blank, as stored;
+    // the last one follows the desktop's light or dark scheme.
     static const QStringList &styleNames();
 
+    // The entry of the style list last chosen, -1 before any.
     int applicationStyle() const { return m_style; }
-    // Restyles every window. Out-of-range indexes fall back to the first style.
+    // Sets the application style of a style list entry and restyles every window. Out-of-range
+    // entries fall back to the first style.
     void setApplicationStyle(int index);
+
+    // Stores the theme number; 0 to 11 choose an application style, a higher number keeps the
+    // current one. Either way the component styles and the look are applied again.
+    void SetTheme(int theme);
+    int theme() const { return m_theme; }
+    // Sets the five component styles from the application style, and applies its palette and
+    // style sheet to the whole program.
+    void aasChange();
+    TAppStyle appStyle() const { return TAppStyle(m_appStyle); }
+    ComponentStyles componentStyles() const { return m_components; }
+    bool desktopDark() const { return m_desktopDark; }
     // The grid title colour of the current style; invalid when the style sets none.
     QColor gridTitleColor() const;
 
@@ -76,6 +92,10 @@ private:
                    const QString &caption);
 
     int m_style = -1;
+    int m_theme = 0;
+    int m_appStyle = tsOffice2003Blue;
+    bool m_desktopDark = false;
+    ComponentStyles m_components{6, 8, 12, 8, 8};
     int m_exports = 0;
     SaveDialog m_saveDialog;
     PrintDialog m_printDialog;
