@@ -3,14 +3,18 @@
 #include "ui/AppStyles.h"
 #include "ui/DgUn.h"
 
+#include "GuiFixture.h"
+
 #include <QApplication>
+#include <QComboBox>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
 
 // Themes and styles of the tools service (the theme table, the component styles, readable
-// colours in every style) and the dialog base TDlgFrm.
+// colours in every style) and the dialog base TDlgFrm. With VANTRY_STYLE_SCREENSHOTS set to a
+// folder, the main window is saved there in two styles.
 class TestStyles : public QObject
 {
     Q_OBJECT
@@ -100,6 +104,22 @@ private slots:
         QCOMPARE(int(tools.appStyle()), int(tsOffice2010Blue));
         QCOMPARE(changed.size(), 1);
         QCOMPARE(tools.componentStyles().panel, 17);
+    }
+
+    void screenshots()
+    {
+        const QString folder = qEnvironmentVariable("VANTRY_STYLE_SCREENSHOTS");
+        if (folder.isEmpty())
+            QSKIP("VANTRY_STYLE_SCREENSHOTS not set");
+        GuiFixture fixture;
+        TMFrm *window = fixture.show();
+        for (const QString &name : {QStringLiteral("Office 2007 Luna"), QStringLiteral("Office 2010 Black")}) {
+            auto *list = window->findChild<QComboBox *>(QStringLiteral("cbStyle"));
+            list->setCurrentIndex(TdmTools::styleNames().indexOf(name));
+            emit list->activated(list->currentIndex());
+            QTest::qWait(300);
+            QVERIFY(window->grab().save(QDir(folder).filePath(name.simplified().replace(' ', '_') + ".png")));
+        }
     }
 
     void dialogEnterConfirmsAndPlacementIsKept()

@@ -16,6 +16,8 @@
 #include <QJsonArray>
 #include <QLabel>
 #include <QPrinter>
+#include <QProgressDialog>
+#include <QPushButton>
 #include <QProcess>
 #include <QSignalSpy>
 #include <QSqlError>
@@ -26,7 +28,8 @@
 
 // The tools service driven from the result panel over a real SQLite file: exports through the
 // grid's buttons (worker thread, grid disabled meanwhile, errors in a box), and the grid and
-// editor previews printed to PDF files read back with pdftotext.
+// editor previews printed to PDF files read back with pdftotext. With VANTRY_PREVIEW_SCREENSHOT
+// set, the grid preview is also saved to that file.
 class TestTools : public QObject
 {
     Q_OBJECT
@@ -140,6 +143,36 @@ private slots:
         QVERIFY(!QFile::exists(file));
     }
 
+    // A long export shows its progress after half a second; Cancel stops it and leaves no file.
+    void cancelInProgressDialogLeavesNoFile()
+    {
+        ResultTable table;
+        for (int c = 0; c < 5; ++c)
+            table.addColumn(QStringLiteral("c%1").arg(c), QStringLiteral("TEXT"));
+        for (int r = 0; r < 300000; ++r)
+            for (int c = 0; c < 5; ++c)
+                table.column(c).appendVariant(c % 2 ? QVariant(r * 0.5) : QVariant(QStringLiteral("text %1").arg(r)));
+        table.finishFetch(false);
+        QTemporaryDir dir;
+        const QString file = dir.filePath(QStringLiteral("long.xlsx"));
+        answerSaveDialog(file, 4);
+        QWidget grid;
+        grid.show();
+        QSignalSpy finished(&m_tools, &TdmTools::exportFinished);
+        m_tools.ExportGrid(&grid, std::make_shared<ResultExportSource>(table));
+        QVERIFY(!grid.isEnabled());
+        QProgressDialog *progress = grid.findChild<QProgressDialog *>(QStringLiteral("ExportProgress"));
+        QVERIFY(progress);
+        QTRY_VERIFY_WITH_TIMEOUT(progress->isVisible(), 5000);
+        QVERIFY(finished.isEmpty());
+        QTest::mouseClick(progress->findChild<QPushButton *>(), Qt::LeftButton);
+        QVERIFY(finished.wait(30000));
+        QCOMPARE(finished.first().at(0).toBool(), false);
+        QVERIFY(m_errors.isEmpty());
+        QVERIFY(grid.isEnabled());
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList());
+    }
+
     void gridPreviewPrintsTitleHeaderAndEveryRow()
     {
         m_panel->findChild<QAction *>(QStringLiteral("tbPreview"))->trigger();
@@ -155,6 +188,11 @@ private slots:
         // One page: both page buttons are off.
         QVERIFY(!preview->findChild<QToolButton *>(QStringLiteral("tbPrevPage"))->isEnabled());
         QVERIFY(!preview->findChild<QToolButton *>(QStringLiteral("tbNextPage"))->isEnabled());
+        if (const QString shot = qEnvironmentVariable("VANTRY_PREVIEW_SCREENSHOT"); !shot.isEmpty()) {
+            preview->resize(900, 650);
+            QTest::qWait(200);
+            QVERIFY(preview->grab().save(shot));
+        }
         // The scale items select view modes 0 to 9.
         preview->mniScaleClick(preview->findChild<QAction *>(QStringLiteral("mni75")));
         QCOMPARE(preview->viewMode(), 4);
