@@ -58,16 +58,29 @@ void TdmTools::ExportGrid(QWidget *grid, std::shared_ptr<const ExportSource> sou
     runExport(grid, std::move(source), int(format), fileName, caption);
 }
 
+struct TdmTools::RunningExport
+{
+    ExportProgress progress;
+    QString error;
+    bool cancelled = false;
+    QThread *worker = nullptr;
+    const QWidget *grid = nullptr;
+};
+
+void TdmTools::cancelExports(const QWidget *grid)
+{
+    for (const auto &running : std::as_const(m_running)) {
+        if (grid && running->grid != grid)
+            continue;
+        running->progress.cancel = true;
+        running->worker->wait();
+    }
+}
+
 void TdmTools::runExport(QWidget *grid, std::shared_ptr<const ExportSource> source, int format,
                          const QString &fileName, const QString &caption)
 {
-    struct Outcome
-    {
-        ExportProgress progress;
-        QString error;
-        bool cancelled = false;
-    };
-    auto outcome = std::make_shared<Outcome>();
+    auto outcome = std::make_shared<RunningExport>();
     QThread *worker = QThread::create([source, outcome, format, fileName] {
         try {
             GridExport::write(*source, ExportFormat(format), fileName, &outcome->progress);
@@ -80,10 +93,12 @@ void TdmTools::runExport(QWidget *grid, std::shared_ptr<const ExportSource> sour
         }
     });
 
+    outcome->worker = worker;
+    outcome->grid = grid;
     QPointer<QWidget> target(grid);
     if (grid)
         grid->setEnabled(false);
-    ++m_exports;
+    m_running << outcome;
 
     // The dialog appears only when the export runs longer than half a second.
     auto *dialog = new QProgressDialog(caption.isEmpty() ? QStringLiteral("Exporting...") : caption,
@@ -109,7 +124,7 @@ void TdmTools::runExport(QWidget *grid, std::shared_ptr<const ExportSource> sour
         dialog->deleteLater();
         if (target)
             target->setEnabled(true);
-        --m_exports;
+        m_running.removeOne(outcome);
         if (!outcome->error.isEmpty()) {
             if (m_errorBox)
                 m_errorBox(target, outcome->error);

@@ -38,7 +38,10 @@ public:
     // exportFinished reports the end. The .xlsm entry writes nothing.
     void ExportGrid(QWidget *grid, std::shared_ptr<const ExportSource> source, const QString &caption = {},
                     const QString &defaultName = {});
-    bool isExporting() const { return m_exports > 0; }
+    bool isExporting() const { return !m_running.isEmpty(); }
+    // Cancels the running exports of a grid (of every grid when null) and waits until they have
+    // stopped; no file is left. Whoever drops the rows an export reads calls this first.
+    void cancelExports(const QWidget *grid = nullptr);
 
     // --- Printing ---
 
@@ -96,7 +99,8 @@ private:
     int m_appStyle = tsOffice2003Blue;
     bool m_desktopDark = false;
     ComponentStyles m_components{6, 8, 12, 8, 8};
-    int m_exports = 0;
+    struct RunningExport;
+    QList<std::shared_ptr<RunningExport>> m_running;
     SaveDialog m_saveDialog;
     PrintDialog m_printDialog;
     ErrorBox m_errorBox;

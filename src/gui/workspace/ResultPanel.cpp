@@ -5,6 +5,7 @@
 #include "components/ResultFindDialog.h"
 #include "components/ResultGridModel.h"
 #include "components/ResultGroupingPanel.h"
+#include "interchange/DMToolsUn.h"
 
 #include <QAction>
 #include <QLabel>
@@ -118,6 +119,8 @@ ResultPanel::ResultPanel(QWidget *parent) : QWidget(parent)
 
 ResultPanel::~ResultPanel()
 {
+    if (m_tools)
+        m_tools->cancelExports(this);  // an export still reading these rows stops first
     // The grid outlives m_query (children die in the QWidget destructor): let go of the rows first.
     m_grid->setResult(nullptr);
 }
@@ -168,6 +171,8 @@ void ResultPanel::showResult()
 
 void ResultPanel::closeResult()
 {
+    if (m_tools)
+        m_tools->cancelExports(this);  // an export still reading these rows stops first
     m_grid->setResult(nullptr);
     m_query.close();
     if (m_find)

@@ -143,16 +143,21 @@ private slots:
         QVERIFY(!QFile::exists(file));
     }
 
-    // A long export shows its progress after half a second; Cancel stops it and leaves no file.
-    void cancelInProgressDialogLeavesNoFile()
+    static void fillLong(ResultTable &table)
     {
-        ResultTable table;
         for (int c = 0; c < 5; ++c)
             table.addColumn(QStringLiteral("c%1").arg(c), QStringLiteral("TEXT"));
         for (int r = 0; r < 300000; ++r)
             for (int c = 0; c < 5; ++c)
                 table.column(c).appendVariant(c % 2 ? QVariant(r * 0.5) : QVariant(QStringLiteral("text %1").arg(r)));
         table.finishFetch(false);
+    }
+
+    // A long export shows its progress after half a second; Cancel stops it and leaves no file.
+    void cancelInProgressDialogLeavesNoFile()
+    {
+        ResultTable table;
+        fillLong(table);
         QTemporaryDir dir;
         const QString file = dir.filePath(QStringLiteral("long.xlsx"));
         answerSaveDialog(file, 4);
@@ -171,6 +176,26 @@ private slots:
         QVERIFY(m_errors.isEmpty());
         QVERIFY(grid.isEnabled());
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList());
+    }
+
+    // Dropping the rows of a running export (closing the result or the tab) stops it first.
+    void cancelExportsStopsAndWaits()
+    {
+        auto table = std::make_unique<ResultTable>();
+        fillLong(*table);
+        QTemporaryDir dir;
+        const QString file = dir.filePath(QStringLiteral("dropped.csv"));
+        answerSaveDialog(file, 1);
+        QWidget grid, other;
+        QSignalSpy finished(&m_tools, &TdmTools::exportFinished);
+        m_tools.ExportGrid(&grid, std::make_shared<ResultExportSource>(*table));
+        m_tools.cancelExports(&other);  // another grid's exports only
+        QVERIFY(m_tools.isExporting() || !finished.isEmpty());
+        m_tools.cancelExports(&grid);
+        table.reset();
+        QVERIFY(finished.wait(10000) || !finished.isEmpty());
+        QVERIFY(!m_tools.isExporting());
+        QVERIFY(grid.isEnabled());
     }
 
     void gridPreviewPrintsTitleHeaderAndEveryRow()
