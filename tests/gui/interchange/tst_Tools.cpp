@@ -8,7 +8,9 @@
 #include "workspace/ResultExportSource.h"
 #include "workspace/ResultPanel.h"
 
+#include "GuiFixture.h"
 #include "PythonReader.h"
+#include "WorkspaceDriver.h"
 
 #include <Qsci/qsciscintilla.h>
 
@@ -296,6 +298,45 @@ private slots:
         QCOMPARE(text.count(QStringLiteral("Print Date: ")), pages);
         QVERIFY(text.contains(QStringLiteral("select 0 from tl_city;")));
         QVERIFY(text.contains(QStringLiteral("select 119 from tl_city;")));
+    }
+
+    // The editor's Print and Preview buttons and the log grid's Print entry reach the tools
+    // service with their titles.
+    void workspaceCommandsPrint()
+    {
+        GuiFixture fx;
+        fx.show();
+        TSqlFrm *frame = fx.window->currentFrame();
+        WorkspaceDriver::selectConnection(frame, QStringLiteral("Sample (SQLite)"));
+        WorkspaceDriver::run(frame, QStringLiteral("select count(*) as n from CUSTOMERS"));
+        QString pdf;
+        fx.tools->setPrintDialog([&pdf](QWidget *, QPrinter *printer) {
+            printer->setOutputFormat(QPrinter::PdfFormat);
+            printer->setOutputFileName(pdf);
+            return true;
+        });
+
+        pdf = m_dir.filePath(QStringLiteral("script.pdf"));
+        auto *printSql = frame->findChild<QToolButton *>(QStringLiteral("tbPrintSQL"));
+        QVERIFY(printSql->isEnabled());
+        printSql->click();
+        QString text = pdfText(pdf);
+        QVERIFY2(text.contains(QStringLiteral("Sql Script")) && text.contains(QStringLiteral("from CUSTOMERS")), qPrintable(text));
+
+        pdf = m_dir.filePath(QStringLiteral("log.pdf"));
+        frame->log()->findChild<QAction *>(QStringLiteral("PrintGridMenuItem"))->trigger();
+        text = pdfText(pdf);
+        QVERIFY2(text.contains(QStringLiteral("Execution Log")) && text.contains(QStringLiteral("OK.")), qPrintable(text));
+
+        QString title;
+        QTimer::singleShot(0, this, [&title] {
+            if (QWidget *preview = QApplication::activeModalWidget()) {
+                title = preview->windowTitle();
+                preview->close();
+            }
+        });
+        frame->findChild<QToolButton *>(QStringLiteral("tbPrintPreview"))->click();
+        QCOMPARE(title, QStringLiteral("Sql Script"));
     }
 
     void textPreviewMouseScales()
