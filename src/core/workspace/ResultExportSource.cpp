@@ -1,5 +1,6 @@
 #include "ResultExportSource.h"
 
+#include <QDateTime>
 #include <charconv>
 
 ResultExportSource::ResultExportSource(const ResultTable &table, const ResultView &view)
@@ -66,7 +67,39 @@ std::string_view ResultExportSource::text(qint64 row, int col, std::string &scra
     return scratch;
 }
 
+namespace {
+
+// Some fetch paths keep decimals, dates and times as the server's text so that no digit is lost
+// in the grid; a workbook wants them as numbers and dates. The column's type name says which.
+QVariant typedByName(const QString &typeName, const QString &text)
+{
+    const QString type = typeName.toLower();
+    if (type == QLatin1String("numeric") || type == QLatin1String("decimal") || type == QLatin1String("money")) {
+        bool ok = false;
+        const double number = text.toDouble(&ok);
+        return ok ? QVariant(number) : QVariant(text);
+    }
+    if (type == QLatin1String("date")) {
+        const QDate date = QDate::fromString(text, Qt::ISODate);
+        return date.isValid() ? QVariant(date) : QVariant(text);
+    }
+    if (type == QLatin1String("timestamp") || type == QLatin1String("datetime")) {
+        const QDateTime stamp = QDateTime::fromString(QString(text).replace(QLatin1Char(' '), QLatin1Char('T')), Qt::ISODateWithMs);
+        return stamp.isValid() ? QVariant(stamp) : QVariant(text);
+    }
+    if (type == QLatin1String("time")) {
+        const QTime time = QTime::fromString(text, Qt::ISODateWithMs);
+        return time.isValid() ? QVariant(time) : QVariant(text);
+    }
+    return text;
+}
+
+} // namespace
+
 QVariant ResultExportSource::value(qint64 row, int col) const
 {
-    return m_table.value(m_rows[size_t(row)], col);
+    QVariant v = m_table.value(m_rows[size_t(row)], col);
+    if (v.metaType().id() == QMetaType::QString && !v.toString().isEmpty())
+        return typedByName(m_table.column(col).typeName(), v.toString());
+    return v;
 }
