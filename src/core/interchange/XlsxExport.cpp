@@ -14,9 +14,22 @@ constexpr qint64 MaxRows = 1048576;
 constexpr int MaxColumns = 16384;
 constexpr int MaxText = 32767;
 
-struct WorkbookCloser
+// Frees a workbook that is abandoned (cancel or failure) without assembling the file, which
+// for a large sheet would take as long as the export itself. Freeing leaves the sheet's
+// row-by-row temporary file open, so it is closed here first.
+struct WorkbookDiscarder
 {
-    void operator()(lxw_workbook *book) const { workbook_close(book); }
+    void operator()(lxw_workbook *book) const
+    {
+        lxw_worksheet *sheet;
+        STAILQ_FOREACH(sheet, book->worksheets, list_pointers) {
+            if (sheet->optimize_tmpfile) {
+                fclose(sheet->optimize_tmpfile);
+                sheet->optimize_tmpfile = nullptr;
+            }
+        }
+        lxw_workbook_free(book);
+    }
 };
 
 void check(lxw_error error, const QString &fileName)
@@ -48,7 +61,7 @@ void writeXlsx(const ExportSource &source, const QString &fileName, ExportProgre
     lxw_workbook_options options = {};
     options.constant_memory = LXW_TRUE;
     const QByteArray name = QFile::encodeName(fileName);
-    std::unique_ptr<lxw_workbook, WorkbookCloser> book(workbook_new_opt(name.constData(), &options));
+    std::unique_ptr<lxw_workbook, WorkbookDiscarder> book(workbook_new_opt(name.constData(), &options));
     if (!book)
         throw VantryError(QStringLiteral("Cannot create the workbook \"%1\".").arg(QDir::toNativeSeparators(fileName)));
     lxw_worksheet *sheet = workbook_add_worksheet(book.get(), nullptr);

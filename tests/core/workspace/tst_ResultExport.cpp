@@ -270,8 +270,10 @@ private slots:
         }
         ExportProgress progress;
         progress.cancel = true;
+        const qsizetype openFiles = QDir(QStringLiteral("/proc/self/fd")).count();
         QVERIFY_THROWS_EXCEPTION(ExportCancelled,
                                  GridExport::write(ResultExportSource(m_table), ExportFormat(format), path, &progress));
+        QCOMPARE(QDir(QStringLiteral("/proc/self/fd")).count(), openFiles);
         QCOMPARE(read(path), QByteArray("old contents"));
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{QStringLiteral("kept.out")});
     }
