@@ -6,6 +6,7 @@
 #include "ui/SynEditPrint.h"
 #include "ui/vtrPrvFrmEh.h"
 
+#include <QMessageBox>
 #include <QPrintDialog>
 #include <QPrinter>
 
@@ -17,6 +18,20 @@ bool runPrintDialog(QWidget *parent, QPrinter *printer)
     return dialog.exec() == QDialog::Accepted;
 }
 
+// A printout of a very large result runs to thousands of pages and is laid out in one go: the
+// user confirms it first.
+constexpr qint64 LargePrintRows = 50000;
+
+bool confirmLargePrint(QWidget *parent, qint64 rows)
+{
+    if (rows <= LargePrintRows)
+        return true;
+    return QMessageBox::question(parent, QStringLiteral("Print"),
+                                 QStringLiteral("The grid holds %L1 rows; its printout runs to thousands of pages "
+                                                "and takes a while to prepare. Continue?").arg(rows))
+           == QMessageBox::Yes;
+}
+
 } // namespace
 
 void TdmTools::PrintGrid(QWidget *parent, const ExportSource &rows, const QString &title)
@@ -26,13 +41,13 @@ void TdmTools::PrintGrid(QWidget *parent, const ExportSource &rows, const QStrin
     printer.setCopyCount(1);
     printer.setDocName(title);
     const PrintDialog &dialog = m_printDialog ? m_printDialog : PrintDialog(runPrintDialog);
-    if (dialog(parent, &printer))
+    if (confirmLargePrint(parent, rows.rowCount()) && dialog(parent, &printer))
         GridPrinter::print(&printer, PrintTable::from(rows), title);
 }
 
 QWidget *TdmTools::PrintPreviewGrid(QWidget *parent, std::shared_ptr<const ExportSource> rows, const QString &title)
 {
-    if (!rows)
+    if (!rows || !confirmLargePrint(parent, rows->rowCount()))
         return nullptr;
     auto *preview = new TvtrPreviewFormEh(PrintTable::from(*rows), title, parent);
     preview->setAttribute(Qt::WA_DeleteOnClose);

@@ -254,9 +254,16 @@ private slots:
         preview.show();
         QTRY_VERIFY(preview.pageCount() >= 4);
         QVERIFY(preview.findChild<QToolButton *>(QStringLiteral("tbNextPage"))->isEnabled());
-        preview.tbtNextPageClick();
+        auto *next = preview.findChild<QToolButton *>(QStringLiteral("tbNextPage"));
+        QTest::mouseClick(next, Qt::LeftButton);
         QCOMPARE(preview.currentPage(), 2);
         QVERIFY(preview.findChild<QToolButton *>(QStringLiteral("tbPrevPage"))->isEnabled());
+        // Held down, the button steps on by itself; releasing it adds no step.
+        QTest::mousePress(next, Qt::LeftButton);
+        QTRY_VERIFY_WITH_TIMEOUT(preview.currentPage() >= 4, 3000);
+        const int held = preview.currentPage();
+        QTest::mouseRelease(next, Qt::LeftButton);
+        QCOMPARE(preview.currentPage(), held);
 
         const QString pdf = m_dir.filePath(QStringLiteral("wide.pdf"));
         QPrinter printer(QPrinter::HighResolution);
