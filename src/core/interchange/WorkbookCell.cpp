@@ -20,10 +20,22 @@ WorkbookCell WorkbookCell::from(const QVariant &value)
     if (!value.isValid() || value.isNull())
         return cell;
     switch (value.metaType().id()) {
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong: {
+        // A spreadsheet number is a double: integers past 2^53 would silently change their last
+        // digits, so they are written as text.
+        constexpr qint64 exact = qint64(1) << 53;
+        const bool fits = value.metaType().id() == QMetaType::LongLong
+                              ? value.toLongLong() >= -exact && value.toLongLong() <= exact
+                              : value.toULongLong() <= quint64(exact);
+        if (!fits)
+            break;
+        cell.kind = Number;
+        cell.number = value.toDouble();
+        return cell;
+    }
     case QMetaType::Int:
     case QMetaType::UInt:
-    case QMetaType::LongLong:
-    case QMetaType::ULongLong:
     case QMetaType::Short:
     case QMetaType::UShort:
     case QMetaType::Double:

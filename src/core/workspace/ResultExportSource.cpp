@@ -74,10 +74,19 @@ namespace {
 QVariant typedByName(const QString &typeName, const QString &text)
 {
     const QString type = typeName.toLower();
-    if (type == QLatin1String("numeric") || type == QLatin1String("decimal") || type == QLatin1String("money")) {
+    if (type == QLatin1String("numeric") || type == QLatin1String("decimal")) {
+        // Decimals of more than 15 significant digits do not survive a double: they stay text.
+        qsizetype digits = 0;
+        for (QChar c : text)
+            digits += c.isDigit();
+        for (QChar c : text) {
+            if (c != QLatin1Char('0') && c != QLatin1Char('-') && c != QLatin1Char('+') && c != QLatin1Char('.'))
+                break;
+            digits -= c == QLatin1Char('0');
+        }
         bool ok = false;
         const double number = text.toDouble(&ok);
-        return ok ? QVariant(number) : QVariant(text);
+        return ok && digits <= 15 ? QVariant(number) : QVariant(text);
     }
     if (type == QLatin1String("date")) {
         const QDate date = QDate::fromString(text, Qt::ISODate);

@@ -171,6 +171,28 @@ private slots:
         checkWorkbook(rows.array(), QStringLiteral("datetime"));
     }
 
+    // Values a spreadsheet number cannot hold exactly are written as text rather than rounded.
+    void digitsBeyondDoublePrecisionStayText()
+    {
+        ResultTable table;
+        table.addColumn(QStringLiteral("big"), QStringLiteral("int8"));
+        table.addColumn(QStringLiteral("dec"), QStringLiteral("numeric"));
+        table.column(0).appendInt(9007199254740993LL);
+        table.column(1).appendVariant(QStringLiteral("12345678901234567.25"));
+        table.column(0).appendInt(42);
+        table.column(1).appendVariant(QStringLiteral("-0.000125"));
+        table.finishFetch(false);
+        const QString path = m_dir.filePath(QStringLiteral("digits.xlsx"));
+        GridExport::write(ResultExportSource(table), ExportFormat::Xlsx, path);
+        const QJsonDocument rows = runPythonReader(
+            QStringLiteral("import json, sys, openpyxl\n"
+                           "ws = openpyxl.load_workbook(sys.argv[1]).worksheets[0]\n"
+                           "print(json.dumps([[[type(c.value).__name__, str(c.value)] for c in r] for r in ws.iter_rows(min_row=2)]))\n"),
+            {path});
+        QCOMPARE(rows.array(), (QJsonArray{QJsonArray{QJsonArray{"str", "9007199254740993"}, QJsonArray{"str", "12345678901234567.25"}},
+                                           QJsonArray{QJsonArray{"int", "42"}, QJsonArray{"float", "-0.000125"}}}));
+    }
+
     void emptyResultGivesHeaderRowOnly()
     {
         ResultTable empty;
