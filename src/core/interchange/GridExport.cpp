@@ -178,6 +178,9 @@ void writeSaved(const QString &path, Fn fill)
 void writeXlsxFile(const ExportSource &source, const QString &path, ExportProgress *progress)
 {
     const QFileInfo target(path);
+    // As for the other formats: an existing file that may not be written is not replaced.
+    if (target.exists() && !target.isWritable())
+        throw VantryError(describe(path, QStringLiteral("the existing file is not writable")));
     QTemporaryFile temp(target.absoluteDir().filePath(QStringLiteral(".%1.XXXXXX").arg(target.fileName())));
     if (!temp.open())
         throw VantryError(describe(path, temp.errorString()));
