@@ -8,9 +8,9 @@ class QIODevice;
 namespace WorkbookExport {
 
 // Excel 97-2003 (.xls, BIFF8 in a compound file) into a seekable device. At most 65,536 rows
-// including the title row and 256 columns; texts longer than MaxXlsText characters are cut.
+// including the title row and 256 columns; texts longer than MaxXlsText characters (a cell's limit) are cut.
 void writeXls(const ExportSource &source, QIODevice &out, ExportProgress *progress);
-constexpr int MaxXlsText = 4000;
+constexpr int MaxXlsText = 32767;
 
 // Office Open XML (.xlsx) to a file name, row by row in constant memory.
 void writeXlsx(const ExportSource &source, const QString &fileName, ExportProgress *progress);

@@ -2,12 +2,16 @@
 #include "WorkbookCell.h"
 #include "WorkbookExport.h"
 
+#include <QHash>
+#include <QTemporaryFile>
 #include <QtEndian>
 #include <cstring>
 
 // An Excel 97-2003 workbook: one BIFF8 "Workbook" stream (workbook globals, then one sheet) in a
-// compound file (version 3, 512-byte sectors). The stream is written straight to the device
-// behind a header sector; its allocation table and directory follow it, and the header is
+// compound file. Texts go to the shared string table, which the globals carry before the sheet:
+// the sheet is therefore written to a temporary file first, collecting the strings, and copied
+// behind the globals once they are known. The compound file (version 3, 512-byte sectors) has
+// the stream right behind its header sector; its allocation table and directory follow it, and the header is
 // rewritten at the end once their places are known.
 
 namespace WorkbookExport {
@@ -116,8 +120,67 @@ std::string xf(quint16 format, bool style)
     return body;
 }
 
+constexpr size_t MaxRecordBody = 8224;
+
+// The shared string table: each distinct text once; cells refer to it by index.
+class SharedStrings
+{
+public:
+    quint32 add(const QString &text)
+    {
+        ++m_total;
+        const auto found = m_index.constFind(text);
+        if (found != m_index.constEnd())
+            return *found;
+        const auto index = quint32(m_strings.size());
+        m_index.insert(text, index);
+        m_strings.push_back(text);
+        return index;
+    }
+
+    // SST and its CONTINUE records. A text split between two records goes on in the next one
+    // after a fresh flags byte; a text's length and flags are never split.
+    std::string records() const
+    {
+        std::string out, body;
+        bool first = true;
+        auto flush = [&] {
+            record(out, first ? 0x00FC : 0x003C, body);
+            body.clear();
+            first = false;
+        };
+        put32(body, m_total);
+        put32(body, quint32(m_strings.size()));
+        for (const QString &text : m_strings) {
+            if (body.size() + 3 + (text.isEmpty() ? 0 : 2) > MaxRecordBody)
+                flush();
+            put16(body, quint16(text.size()));
+            body.push_back('\x01');
+            for (qsizetype i = 0; i < text.size();) {
+                size_t room = (MaxRecordBody - body.size()) / 2;
+                if (room == 0) {
+                    flush();
+                    body.push_back('\x01');
+                    room = (MaxRecordBody - 1) / 2;
+                }
+                const qsizetype n = std::min<qsizetype>(qsizetype(room), text.size() - i);
+                for (qsizetype k = 0; k < n; ++k)
+                    put16(body, text[i + k].unicode());
+                i += n;
+            }
+        }
+        flush();
+        return out;
+    }
+
+private:
+    QHash<QString, quint32> m_index;
+    std::vector<QString> m_strings;
+    quint32 m_total = 0;
+};
+
 // The workbook globals: everything before the sheet, whose stream offset it names.
-std::string globals(quint32 sheetOffset)
+std::string globals(quint32 sheetOffset, const std::string &sharedStrings)
 {
     std::string out;
     record(out, 0x0809, bof(0x0005));
@@ -153,6 +216,7 @@ std::string globals(quint32 sheetOffset)
     sheet.push_back(0);  // worksheet
     putUnicode(sheet, QStringLiteral("Sheet1"), true);
     record(out, 0x0085, sheet);
+    out += sharedStrings;
     record(out, 0x000A, {});
     return out;
 }
@@ -164,15 +228,15 @@ void cellHead(std::string &body, quint16 row, quint16 col, quint16 format)
     put16(body, format);
 }
 
-void label(std::string &out, quint16 row, quint16 col, const QString &text)
+void label(std::string &out, quint16 row, quint16 col, const QString &text, SharedStrings &strings)
 {
     std::string body;
     cellHead(body, row, col, 15);
-    putUnicode(body, text.size() > MaxXlsText ? text.left(MaxXlsText) : text, false);
-    record(out, 0x0204, body);
+    put32(body, strings.add(text.size() > MaxXlsText ? text.left(MaxXlsText) : text));
+    record(out, 0x00FD, body);
 }
 
-void writeCell(std::string &out, quint16 row, quint16 col, const WorkbookCell &cell)
+void writeCell(std::string &out, quint16 row, quint16 col, const WorkbookCell &cell, SharedStrings &strings)
 {
     std::string body;
     switch (cell.kind) {
@@ -198,7 +262,7 @@ void writeCell(std::string &out, quint16 row, quint16 col, const WorkbookCell &c
         record(out, 0x0205, body);
         return;
     case WorkbookCell::Text:
-        label(out, row, col, cell.text);
+        label(out, row, col, cell.text, strings);
         return;
     }
 }
@@ -240,34 +304,48 @@ void writeXls(const ExportSource &source, QIODevice &out, ExportProgress *progre
     if (cols > MaxColumns)
         throw VantryError(QStringLiteral("The result has %1 columns; an .xls sheet holds at most %2.").arg(cols).arg(MaxColumns));
 
+    // The sheet, into a temporary file while the shared strings are collected.
+    QTemporaryFile sheetFile;
+    if (!sheetFile.open())
+        throw VantryError(QStringLiteral("Cannot create a temporary file: %1").arg(sheetFile.errorString()));
+    SharedStrings strings;
+    {
+        ExportSink sink(sheetFile, progress);
+        std::string &buf = sink.buffer();
+        record(buf, 0x0809, bof(0x0010));
+        std::string dims;
+        put32(dims, 0);
+        put32(dims, quint32(rows + 1));
+        put16(dims, 0);
+        put16(dims, quint16(cols));
+        put16(dims, 0);
+        record(buf, 0x0200, dims);
+        std::string window;
+        for (quint16 v : {0x06B6, 0, 0, 64, 0, 0, 0, 0, 0})
+            put16(window, v);
+        record(buf, 0x023E, window);
+        for (int col = 0; col < cols; ++col)
+            label(buf, 0, quint16(col), source.columnName(col), strings);
+        for (qint64 row = 0; row < rows; ++row) {
+            for (int col = 0; col < cols; ++col)
+                writeCell(buf, quint16(row + 1), quint16(col), WorkbookCell::from(source.value(row, col)), strings);
+            sink.rowDone(row + 1);
+        }
+        record(buf, 0x000A, {});
+        sink.finish(rows);
+    }
+
     // The header sector is written last; the stream starts at sector 0, right after it.
     writeAll(out, std::string(SectorSize, '\0'));
+    const std::string sharedStrings = strings.records();
     // The globals' size does not depend on the offset they name, so one trial run gives it.
-    writeAll(out, globals(quint32(globals(0).size())));
-    ExportSink sink(out, progress);
-    std::string &buf = sink.buffer();
-    record(buf, 0x0809, bof(0x0010));
-    std::string dims;
-    put32(dims, 0);
-    put32(dims, quint32(rows + 1));
-    put16(dims, 0);
-    put16(dims, quint16(cols));
-    put16(dims, 0);
-    record(buf, 0x0200, dims);
-    std::string window;
-    for (quint16 v : {0x06B6, 0, 0, 64, 0, 0, 0, 0, 0})
-        put16(window, v);
-    record(buf, 0x023E, window);
-    for (int col = 0; col < cols; ++col)
-        label(buf, 0, quint16(col), source.columnName(col));
-    for (qint64 row = 0; row < rows; ++row) {
-        for (int col = 0; col < cols; ++col)
-            writeCell(buf, quint16(row + 1), quint16(col), WorkbookCell::from(source.value(row, col)));
-        sink.rowDone(row + 1);
-    }
-    record(buf, 0x000A, {});
-    const qint64 streamSize = out.pos() - SectorSize + qint64(buf.size());
-    sink.finish(rows);
+    const std::string global = globals(quint32(globals(0, sharedStrings).size()), sharedStrings);
+    writeAll(out, global);
+    if (!sheetFile.seek(0))
+        throw VantryError(QStringLiteral("Cannot read the temporary file: %1").arg(sheetFile.errorString()));
+    for (QByteArray chunk = sheetFile.read(1 << 20); !chunk.isEmpty(); chunk = sheetFile.read(1 << 20))
+        writeAll(out, chunk.toStdString());
+    const qint64 streamSize = qint64(global.size()) + sheetFile.size();
 
     // A stream under 4096 bytes would belong in the mini stream; padding keeps it in sectors.
     const qint64 paddedSize = std::max<qint64>(streamSize, MiniStreamCutoff);

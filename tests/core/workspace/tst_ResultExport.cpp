@@ -240,6 +240,31 @@ private slots:
         QCOMPARE(summary.array(), (QJsonArray{60001, 59999, QStringLiteral("row 59998") + QString(59998 % 100, 'x')}));
     }
 
+    // Long texts run over several records of the shared string table; a cell keeps at most
+    // 32,767 characters.
+    void longTextsInXls()
+    {
+        ResultTable table;
+        table.addColumn(QStringLiteral("t"), QStringLiteral("TEXT"));
+        const QString pattern = QStringLiteral("äß€ab");
+        QStringList texts;
+        for (int size : {5000, 20000, 32767, 40000, 3})
+            texts << pattern.repeated(size / pattern.size() + 1).left(size);
+        for (const QString &text : texts)
+            table.column(0).appendVariant(text);
+        table.finishFetch(false);
+        const QString path = m_dir.filePath(QStringLiteral("long.xls"));
+        GridExport::write(ResultExportSource(table), ExportFormat::Xls, path);
+        const QJsonDocument cells = runPythonReader(
+            QStringLiteral("import json, sys, xlrd\n"
+                           "s = xlrd.open_workbook(sys.argv[1]).sheet_by_index(0)\n"
+                           "print(json.dumps([s.cell_value(r, 0) for r in range(1, s.nrows)]))\n"),
+            {path});
+        QCOMPARE(cells.array().size(), texts.size());
+        for (int i = 0; i < texts.size(); ++i)
+            QCOMPARE(cells.array()[i].toString(), texts[i].left(32767));
+    }
+
     void tooManyRowsForXlsIsRefused()
     {
         ResultTable big;
