@@ -10,6 +10,7 @@
 #include "connections/SqlServerDriver.h"
 #include "connections/impDMun.h"
 #include "interchange/DMToolsUn.h"
+#include "ui/TextSearch.h"
 #include "VersionInfo.h"
 
 #include <QIcon>
@@ -80,6 +81,8 @@ int main(int argc, char **argv)
         services.catalogue = catalogue.get();
         services.tools = tools.get();
         services.settings = &settings;
+        // The search and replace dialogs remember their texts and options in the settings.
+        TextSearch::attachSettings(&settings);
         services.hideConnectionGrid = command.hideConnectionGrid;
 
         TMFrm window(services);

@@ -74,7 +74,8 @@ void TDBConnectionDlgFrm::createControls()
     // Comments page
     auto *commentsLayout = new QVBoxLayout(tsComments);
     commentsLayout->setContentsMargins(4, 4, 4, 4);
-    c = named(new QPlainTextEdit(tsComments), "c");
+    c = named(new TTextEditorFrame(tsComments), "c");
+    c->setTools(m_services.tools);
     commentsLayout->addWidget(c);
 
     // Parameters page: a tool bar over the grid of fields

@@ -2,6 +2,7 @@
 #include "app/AppServices.h"
 #include "connections/vtrIL.h"
 #include "ui/DefDlgUn.h"
+#include "ui/TextEditorFrameUn.h"
 
 #include <functional>
 
@@ -67,7 +68,7 @@ public:
     QToolButton *tbBuildConnectionString;
     QPushButton *btnBrowseData;
     QPushButton *btnOdbcAdmin;
-    QPlainTextEdit *c; // the connection's comment, on the "Comments" page
+    TTextEditorFrame *c; // the connection's comment, on the "Comments" page
 
 public slots:
     void FormShow();

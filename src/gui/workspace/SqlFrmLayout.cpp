@@ -3,6 +3,8 @@
 #include "app/UserMessages.h"
 #include "components/SqlEditor.h"
 #include "interchange/DMToolsUn.h"
+#include "ui/EditorFiles.h"
+#include "ui/TextSearch.h"
 #include "workspace/ConnectionGridModel.h"
 #include "workspace/ConnectionList.h"
 #include "workspace/ResultPanel.h"
@@ -47,6 +49,9 @@ public:
     }
 
 private:
+    // The editor's file commands live with the editor.
+    static EditorFiles *editorFiles(TSqlFrm *frame) { return frame->se->findChild<EditorFiles *>(); }
+
     // Connects a signal to a handler of the frame; an error the handler raises goes to the error box.
     template <typename Sender, typename Signal> void handle(Sender *sender, Signal signal, void (TSqlFrm::*slot)())
     {
@@ -131,9 +136,9 @@ private:
         QToolButton *paste = tool(tb2, "tbPaste", QStringLiteral("Paste"), QString());
         QToolButton *undo = tool(tb2, "tbUndo", QStringLiteral("Undo"), QString());
         QToolButton *redo = tool(tb2, "tbRedo", QStringLiteral("Redo"), QString());
-        tool(tb2, "tbFindSQL", QStringLiteral("Find"), QStringLiteral("Search"));
-        tool(tb2, "rbRepeatSearch", QStringLiteral("Again"), QStringLiteral("Repeat Search"));
-        tool(tb2, "tbReS", QStringLiteral("Replace"), QStringLiteral("Replace"));
+        QToolButton *find = tool(tb2, "tbFindSQL", QStringLiteral("Find"), QStringLiteral("Search"));
+        QToolButton *again = tool(tb2, "rbRepeatSearch", QStringLiteral("Again"), QStringLiteral("Repeat Search"));
+        QToolButton *replace = tool(tb2, "tbReS", QStringLiteral("Replace"), QStringLiteral("Replace"));
         tb2->addSeparator();
         tool(tb2, "cbAutoClearLog", QStringLiteral("Auto Clear"), QStringLiteral("Clear Log Before Run"), true, false);
         handle(tool(tb2, "tbRunSQL", QStringLiteral("Run"), QStringLiteral("Run Sql")), &QToolButton::clicked, &TSqlFrm::ToolButton7Click);
@@ -166,10 +171,17 @@ private:
         QObject::connect(paste, &QToolButton::clicked, f, [f = this->f] { f->se->paste(); });
         QObject::connect(undo, &QToolButton::clicked, f, [f = this->f] { f->se->undo(); });
         QObject::connect(redo, &QToolButton::clicked, f, [f = this->f] { f->se->redo(); });
-        open->setEnabled(false);
-        save->setEnabled(false);
-        for (const char *name : {"tbFindSQL", "rbRepeatSearch", "tbReS", "tbSQLBuilder"})
-            f->findChild<QToolButton *>(QString::fromLatin1(name))->setEnabled(false);
+        // Open and Save and the program-wide search work on the editor the way the text editor
+        // frame's do; the file dialogs propose each other's last file name.
+        QObject::connect(open, &QToolButton::clicked, f, [f = this->f] { editorFiles(f)->open(); });
+        QObject::connect(save, &QToolButton::clicked, f, [f = this->f] { editorFiles(f)->save(); });
+        QObject::connect(find, &QToolButton::clicked, f,
+                         [f = this->f] { TextSearch::ShowSearchReplaceDialog(f->se, false); });
+        QObject::connect(again, &QToolButton::clicked, f,
+                         [f = this->f] { TextSearch::DoSearchReplaceText(f->se, false, false); });
+        QObject::connect(replace, &QToolButton::clicked, f,
+                         [f = this->f] { TextSearch::ShowSearchReplaceDialog(f->se, true); });
+        f->findChild<QToolButton *>(QStringLiteral("tbSQLBuilder"))->setEnabled(false);
         return adptop;
     }
 
@@ -312,6 +324,7 @@ private:
         small("SBNext", QStringLiteral("\u25b6"), QStringLiteral("Next Sql Statement"), &TSqlFrm::SBNextClick);
         sqlLayout->addLayout(captionRow);
         f->se = SqlEditor::create(f->SqlPanel, "se");
+        new EditorFiles(f->se, f->se);
         sqlLayout->addWidget(f->se, 1);
         f->Splitter1->addWidget(f->SqlPanel);
 

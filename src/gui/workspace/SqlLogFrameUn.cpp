@@ -5,6 +5,7 @@
 #include "interchange/DMToolsUn.h"
 #include "ui/ModelExportSource.h"
 #include "ui/SePrintPreviewUn.h"
+#include "ui/TextSearch.h"
 #include "workspace/ExecutionLog.h"
 #include "workspace/LogTableModel.h"
 
@@ -129,10 +130,7 @@ QMenu *TSqlLogFrame::buildTextMenu()
     addEntry(menu, "Paste1", QStringLiteral("Paste"), QKeySequence(Qt::CTRL | Qt::Key_P), this, &TSqlLogFrame::Paste1Click);
     addEntry(menu, "Search", QStringLiteral("Search"), QKeySequence(Qt::CTRL | Qt::Key_F), this, &TSqlLogFrame::SearchClick);
     addEntry(menu, "RepeatSearch1", QStringLiteral("Repeat Search"), {}, this, &TSqlLogFrame::RepeatSearch1Click);
-    QAction *replace = menu->addAction(QStringLiteral("Replace"));
-    replace->setObjectName(QStringLiteral("Replace"));
-    replace->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
-    replace->setEnabled(false);  // the program-wide replace dialog is not available yet
+    addEntry(menu, "Replace", QStringLiteral("Replace"), QKeySequence(Qt::CTRL | Qt::Key_R), this, &TSqlLogFrame::ReplaceClick);
     // "Print" deliberately opens the preview too, under its own title; the user prints from there.
     addEntry(menu, "Print1", QStringLiteral("Print"), {}, this, &TSqlLogFrame::Print1Click);
     addEntry(menu, "PrintPreview1", QStringLiteral("Print Preview"), {}, this, &TSqlLogFrame::PrintPreview1Click);
@@ -197,17 +195,10 @@ bool TSqlLogFrame::askSearchText(const QString &title)
     return true;
 }
 
-void TSqlLogFrame::SearchClick()
-{
-    if (askSearchText(QStringLiteral("Search")))
-        seLog->findFirst(m_lastSearch, false, false, false, true);
-}
-
-void TSqlLogFrame::RepeatSearch1Click()
-{
-    if (!m_lastSearch.isEmpty() && !seLog->findNext())
-        seLog->findFirst(m_lastSearch, false, false, false, true);
-}
+// The text view's search commands are the program-wide search and replace.
+void TSqlLogFrame::SearchClick() { TextSearch::ShowSearchReplaceDialog(seLog, false); }
+void TSqlLogFrame::RepeatSearch1Click() { TextSearch::DoSearchReplaceText(seLog, false, false); }
+void TSqlLogFrame::ReplaceClick() { TextSearch::ShowSearchReplaceDialog(seLog, true); }
 
 void TSqlLogFrame::Print1Click() { SePrintPreview::show(seLog, QStringLiteral("Sql Script Error Log"), this); }
 void TSqlLogFrame::PrintPreview1Click() { SePrintPreview::show(seLog, QStringLiteral("Execution Log"), this); }

@@ -41,6 +41,7 @@ public slots:
     void Paste1Click();
     void SearchClick();
     void RepeatSearch1Click();
+    void ReplaceClick();
     void Print1Click();
     void PrintPreview1Click();
     void Clear1Click();
