@@ -109,9 +109,10 @@ int replaceAllIn(QsciScintilla *e, const QString &text, const QString &replaceme
         int count = 0;
         SearchOptions one = o;
         one.replaceAll = false;
+        one.entireScope = false;
+        one.selectedOnly = false;  // each search goes on after the last replacement
         send(e, Sci::SCI_BEGINUNDOACTION);
         send(e, Sci::SCI_SETSEL, from, from);
-        one.entireScope = false;
         while (searchReplace(e, text, replacement, one) > 0)
             ++count;
         send(e, Sci::SCI_ENDUNDOACTION);
@@ -152,6 +153,9 @@ QsciScintilla *create(QWidget *parent, const char *objectName)
     editor->setAutoIndent(true);
     editor->setBraceMatching(QsciScintilla::SloppyBraceMatch);
     editor->setWrapMode(QsciScintilla::WrapNone);
+    // Highlighting runs in idle time, so a jump to the end of a large file shows at once and the
+    // colours follow.
+    send(editor, Sci::SCI_SETIDLESTYLING, Sci::SC_IDLESTYLING_ALL);
     return editor;
 }
 

@@ -15,6 +15,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QMenu>
+#include <QPushButton>
 #include <QTabWidget>
 #include <QToolBar>
 #include <QToolButton>
@@ -112,6 +113,13 @@ private slots:
                                       "tbBuildSQL=SQL Builder", "tbCalc=", "tbEdit=Edit", "tbEmail=Email"}));
         QVERIFY(frame.findChild<QToolButton *>(QStringLiteral("tbStopOnError"))->isChecked());
 
+        TConfirmReplaceDialog confirm;
+        QCOMPARE(confirm.windowTitle(), QStringLiteral("Confirm replace"));
+        QStringList buttons;
+        for (auto *b : confirm.findChildren<QPushButton *>())
+            buttons << b->text();
+        QCOMPARE(buttons, (QStringList{"&Yes", "&No", "Cancel", "Yes to &all"}));
+
         QStringList menu;
         for (QAction *a : frame.findChild<QMenu *>(QStringLiteral("pmSe"))->actions())
             menu << (a->isSeparator() ? QStringLiteral("-") : a->text() + QLatin1Char(' ') + a->shortcut().toString());
@@ -131,6 +139,10 @@ private slots:
         QVERIFY(!e->indentationsUseTabs());
         e->setText(QStringLiteral("a\nb\n"));
         QTRY_COMPARE(marginText(e, 1), QByteArray("0002"));  // line numbers with leading zeros
+        // Numbering the lines does not keep the editor repainting.
+        QSignalSpy updates(e, &QsciScintillaBase::SCN_UPDATEUI);
+        QTest::qWait(300);
+        QVERIFY(updates.count() < 3);
 
         // Enter leaves a line without its trailing blanks.
         e->setText(QStringLiteral("select 1   "));
