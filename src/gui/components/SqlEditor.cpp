@@ -172,6 +172,8 @@ void useTextEditorStyle(QsciScintilla *editor)
     editor->setIndentationsUseTabs(false);
     editor->setTabIndents(true);
     editor->setBackspaceUnindents(true);
+    // The horizontal scroll range follows the longest line shown instead of a fixed width.
+    send(editor, Sci::SCI_SETSCROLLWIDTH, 1);
     send(editor, Sci::SCI_SETSCROLLWIDTHTRACKING, 1);
     // Trailing blanks are trimmed from a line once Enter leaves it.
     QObject::connect(editor, &QsciScintillaBase::SCN_CHARADDED, editor, [editor](int ch) {

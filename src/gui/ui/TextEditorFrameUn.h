@@ -26,6 +26,10 @@ public:
     QString toPlainText() const;
     void setPlainText(const QString &text);
 
+    // A modest size, so a host's layout is not widened to the whole toolbar (it folds the
+    // buttons that do not fit behind its extension arrow).
+    QSize sizeHint() const override { return {360, 200}; }
+
     // The title of a printout: the caption of the tab page the frame sits on, else empty.
     QString printTitle() const;
 
