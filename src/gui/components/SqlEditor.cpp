@@ -244,8 +244,9 @@ QString wordAtCaret(QsciScintilla *editor)
 
 void setUtf8Text(QsciScintilla *editor, const QByteArray &utf8)
 {
+    send(editor, Sci::SCI_BEGINUNDOACTION);
     editor->SendScintilla(Sci::SCI_SETTEXT, utf8.constData());
-    send(editor, Sci::SCI_EMPTYUNDOBUFFER);
+    send(editor, Sci::SCI_ENDUNDOACTION);
     send(editor, Sci::SCI_GOTOPOS, 0);
 }
 

@@ -43,7 +43,7 @@ void collapseSelection(QsciScintilla *editor, bool toStart);
 QString wordAtCaret(QsciScintilla *editor);
 
 // Replaces the editor's text by UTF-8 bytes as one step, without a QString copy in between: the
-// fast path for large files. The undo history starts afresh.
+// fast path for large files. One undo brings the old text back.
 void setUtf8Text(QsciScintilla *editor, const QByteArray &utf8);
 
 } // namespace SqlEditor

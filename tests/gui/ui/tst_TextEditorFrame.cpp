@@ -283,10 +283,14 @@ private slots:
             proposed << (save ? QStringLiteral("save:") : QStringLiteral("open:")) + name;
             return answer;
         });
+        frame.editor()->setText(QStringLiteral("typed"));
         QSignalSpy opened(frame.files(), &EditorFiles::opened);
         frame.tbOpenClick();
         QTRY_COMPARE(opened.count(), 1);
         QCOMPARE(frame.editor()->text(), QStringLiteral("select 'grüß' as x;\n"));
+        frame.editor()->undo();  // what the editor held before is not lost
+        QCOMPARE(frame.editor()->text(), QStringLiteral("typed"));
+        frame.editor()->redo();
 
         QSignalSpy saved(frame.files(), &EditorFiles::saved);
         frame.tbsaveClick();
