@@ -1,6 +1,7 @@
 #include "ResultFetcher.h"
 #include "app/SqlErrorText.h"
 
+#include "ResultFetchMariaDb.h"
 #include "ResultFetchNative.h"
 #include "app/VantryError.h"
 
@@ -46,6 +47,10 @@ std::unique_ptr<ResultTable> ResultFetcher::fetch(const QSqlDatabase &db, const 
         }
         if (auto table = ResultFetchNative::fetchPostgres(db, statement, recordLimit)) {
             t_lastPath = QStringLiteral("postgres");
+            return table;
+        }
+        if (auto table = ResultFetchMariaDb::fetch(db, statement, recordLimit)) {
+            t_lastPath = QStringLiteral("mariadb");
             return table;
         }
     }

@@ -6,7 +6,7 @@
 #include <memory>
 
 // Fills a ResultTable from an open connection. Reads through the driver's native handle where it
-// knows the client library (SQLite, PostgreSQL), since one QVariant per value costs more than the
+// knows the client library (SQLite, PostgreSQL, MariaDB), since one QVariant per value costs more than the
 // rest of the work together; every other driver goes through a forward-only QSqlQuery.
 class ResultFetcher
 {
@@ -16,7 +16,7 @@ public:
     // recordLimit <= 0 fetches every row. Throws VantryError with the database's message.
     static std::unique_ptr<ResultTable> fetch(const QSqlDatabase &db, const QString &statement,
                                               qint64 recordLimit, Path path = Path::Automatic);
-    // The way the last fetch of this thread read its rows: "sqlite", "postgres" or "generic".
+    // The way the last fetch of this thread read its rows: "sqlite", "postgres", "mariadb" or "generic".
     static QString lastPath();
 
     static std::unique_ptr<ResultTable> fetchGeneric(const QSqlDatabase &db,

@@ -1,0 +1,159 @@
+#include "TableKeys.h"
+
+#include "app/SqlErrorText.h"
+#include "app/VantryError.h"
+
+#include <QSqlDriver>
+#include <QSqlError>
+#include <QSqlIndex>
+#include <QSqlQuery>
+
+namespace {
+
+// One unique index of a table as the catalogue lists it.
+struct Candidate
+{
+    QString index;
+    QStringList columns;
+    bool allNotNull = true;
+};
+
+// The schema (may be empty) and the table of a name as written, quotes removed.
+QStringList nameParts(const QSqlDatabase &db, const QString &table)
+{
+    QStringList parts = table.split(QLatin1Char('.'));
+    for (QString &part : parts)
+        part = db.driver()->stripDelimiters(part.trimmed(), QSqlDriver::TableName);
+    return parts;
+}
+
+// Runs a catalogue query whose rows are (index, column, NOT NULL), the primary key's rows first
+// and each index's columns in order; returns the first index with only NOT NULL columns.
+QStringList firstUsableKey(const QSqlDatabase &db, const QString &sql, const QVariantList &values)
+{
+    QSqlQuery query(db);
+    query.setForwardOnly(true);
+    if (!query.prepare(sql))
+        throw VantryError(sqlErrorText(query.lastError()));
+    for (const QVariant &value : values)
+        query.addBindValue(value);
+    if (!query.exec())
+        throw VantryError(sqlErrorText(query.lastError()));
+    QList<Candidate> candidates;
+    while (query.next()) {
+        const QString index = query.value(0).toString().trimmed();
+        if (candidates.isEmpty() || candidates.back().index != index)
+            candidates.append({index, {}, true});
+        candidates.back().columns << query.value(1).toString().trimmed();
+        candidates.back().allNotNull = candidates.back().allNotNull && query.value(2).toInt() != 0;
+    }
+    for (const Candidate &candidate : candidates)
+        if (candidate.allNotNull)
+            return candidate.columns;
+    return {};
+}
+
+QStringList postgresKey(const QSqlDatabase &db, const QString &table)
+{
+    // to_regclass reads the name as the statement wrote it: quotes, schema and search path.
+    return firstUsableKey(db, QStringLiteral(
+        "select i.indexrelid::text, a.attname, case when a.attnotnull or i.indisprimary then 1 else 0 end"
+        " from pg_catalog.pg_index i"
+        " cross join lateral unnest(i.indkey) with ordinality k(attnum, ord)"
+        " join pg_catalog.pg_attribute a on a.attrelid = i.indrelid and a.attnum = k.attnum"
+        " where i.indrelid = to_regclass(?) and i.indisunique and i.indexprs is null and i.indpred is null"
+        " order by i.indisprimary desc, i.indexrelid, k.ord"), {table});
+}
+
+QStringList mariaDbKey(const QSqlDatabase &db, const QString &table)
+{
+    const QStringList parts = nameParts(db, table);
+    const QString schema = parts.size() > 1 ? QStringLiteral("?") : QStringLiteral("database()");
+    QVariantList values;
+    if (parts.size() > 1)
+        values << parts[parts.size() - 2];
+    values << parts.back();
+    return firstUsableKey(db, QStringLiteral(
+        "select s.index_name, s.column_name, case when c.is_nullable = 'NO' then 1 else 0 end"
+        " from information_schema.statistics s join information_schema.columns c"
+        " on c.table_schema = s.table_schema and c.table_name = s.table_name and c.column_name = s.column_name"
+        " where s.table_schema = %1 and s.table_name = ? and s.non_unique = 0"
+        " order by s.index_name = 'PRIMARY' desc, s.index_name, s.seq_in_index").arg(schema), values);
+}
+
+QStringList sqliteKey(const QSqlDatabase &db, const QString &table)
+{
+    const QString name = nameParts(db, table).back();
+    // An INTEGER PRIMARY KEY is the rowid and has no index, so the primary key comes from
+    // table_info; unique indexes (and other primary keys) from index_list.
+    return firstUsableKey(db, QStringLiteral(
+        "select '', name, 1, pk from pragma_table_info(?) where pk > 0"
+        " union all"
+        " select l.name, i.name, t.\"notnull\", 1000 + i.seqno"
+        " from pragma_index_list(?) l join pragma_index_info(l.name) i"
+        " join pragma_table_info(?) t on t.name = i.name"
+        " where l.\"unique\" and not l.partial and l.origin <> 'pk'"
+        " order by 1, 4"), {name, name, name});
+}
+
+QStringList firebirdKey(const QSqlDatabase &db, const QString &table)
+{
+    const QString written = table.split(QLatin1Char('.')).back().trimmed();
+    // Unquoted names are stored in upper case.
+    const QString name = written.startsWith(QLatin1Char('"')) ? nameParts(db, written).back() : written.toUpper();
+    return firstUsableKey(db, QStringLiteral(
+        "select rc.rdb$index_name, s.rdb$field_name,"
+        " case when rc.rdb$constraint_type = 'PRIMARY KEY' or f.rdb$null_flag = 1 then 1 else 0 end"
+        " from rdb$relation_constraints rc"
+        " join rdb$index_segments s on s.rdb$index_name = rc.rdb$index_name"
+        " join rdb$relation_fields f on f.rdb$relation_name = rc.rdb$relation_name"
+        " and f.rdb$field_name = s.rdb$field_name"
+        " where rc.rdb$relation_name = ? and rc.rdb$constraint_type in ('PRIMARY KEY', 'UNIQUE')"
+        " order by rc.rdb$constraint_type, rc.rdb$index_name, s.rdb$field_position"), {name});
+}
+
+QStringList driverKey(const QSqlDatabase &db, const QString &table)
+{
+    const QSqlIndex index = db.primaryIndex(nameParts(db, table).join(QLatin1Char('.')));
+    QStringList columns;
+    for (int i = 0; i < index.count(); ++i)
+        columns << index.fieldName(i);
+    return columns;
+}
+
+} // namespace
+
+QStringList findTableKey(const QSqlDatabase &db, const QString &table)
+{
+    const QString driver = db.driverName();
+    if (driver == QLatin1String("QPSQL"))
+        return postgresKey(db, table);
+    if (driver == QLatin1String("QMYSQL"))
+        return mariaDbKey(db, table);
+    if (driver == QLatin1String("QSQLITE"))
+        return sqliteKey(db, table);
+    if (driver == QLatin1String("QIBASE"))
+        return firebirdKey(db, table);
+    return driverKey(db, table);
+}
+
+QStringList TableKeyCache::keyOf(const QSqlDatabase &db, const QString &table)
+{
+    const QString id = db.connectionName() + QChar(0) + table;
+    {
+        QMutexLocker lock(&m_mutex);
+        const auto found = m_keys.constFind(id);
+        if (found != m_keys.constEnd())
+            return *found;
+    }
+    const QStringList key = findTableKey(db, table);
+    QMutexLocker lock(&m_mutex);
+    m_keys.insert(id, key);
+    return key;
+}
+
+void TableKeyCache::clear()
+{
+    QMutexLocker lock(&m_mutex);
+    m_keys.clear();
+}

@@ -1,0 +1,25 @@
+#pragma once
+#include <QHash>
+#include <QMutex>
+#include <QSqlDatabase>
+#include <QStringList>
+
+// The columns that identify one row of a table: its primary key, else the first unique key whose
+// columns are all NOT NULL. Read from the database's own catalogue (pg_index, information_schema,
+// SQLite's pragmas, Firebird's RDB$ tables; the driver's primary index through ODBC). An empty
+// list means the table has no such key. Must run on the thread that owns the connection.
+QStringList findTableKey(const QSqlDatabase &db, const QString &table);
+
+// The keys found so far, per connection and table as written in the statement, so that each
+// table's catalogue is read once. Safe to share between threads.
+class TableKeyCache
+{
+public:
+    QStringList keyOf(const QSqlDatabase &db, const QString &table);
+    // Forgets every table, after the user changed the schema, say.
+    void clear();
+
+private:
+    QMutex m_mutex;
+    QHash<QString, QStringList> m_keys;
+};

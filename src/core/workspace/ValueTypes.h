@@ -1,0 +1,25 @@
+#pragma once
+#include <QString>
+#include <string_view>
+
+// What the grid needs to know about a column's type beyond its stored values: whether the
+// database can compare it with "=" (so it may help locate a row), and whether it is an exact
+// decimal kept as text that must still sort and filter as a number.
+namespace ValueTypes {
+
+// False for types without equality on their engine: json, xml, the geometric types and large
+// objects. typeName is the name the fetch gave the column (a database type name, "oid N" for a
+// PostgreSQL type the fetch does not name, or a Qt type name on the generic path).
+bool hasEquality(const QString &driverName, const QString &typeName);
+
+// True for NUMERIC and DECIMAL columns.
+bool isDecimal(const QString &typeName);
+
+// Three-way comparison of two decimal texts ("-12.50", "3", "1e5" is not expected) by value,
+// to any number of digits. "NaN" sorts after every number, as PostgreSQL sorts it.
+int compareDecimal(std::string_view a, std::string_view b);
+
+// True when the text reads as a decimal number compareDecimal() understands.
+bool isDecimalText(std::string_view text);
+
+} // namespace ValueTypes
