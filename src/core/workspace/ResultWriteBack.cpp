@@ -28,6 +28,15 @@ void inTransaction(QSqlDatabase &db, Body body)
         throw VantryError(sqlErrorText(db.lastError()));
 }
 
+// Texts bound as their UTF-8 bytes, for a driver that cannot bind texts (see TableKeyCache).
+QVariantList textAsBytes(QVariantList values)
+{
+    for (QVariant &value : values)
+        if (value.metaType().id() == QMetaType::QString && !value.isNull())
+            value = value.toString().toUtf8();
+    return values;
+}
+
 QSqlQuery run(const QSqlDatabase &db, const QString &sql, const QVariantList &values)
 {
     QSqlQuery query(db);
@@ -63,8 +72,8 @@ struct Where
 class RowWriter
 {
 public:
-    RowWriter(const QSqlDatabase &db, const RowChange &change, const QStringList &key)
-        : m_db(db), m_change(change), m_driver(db.driverName())
+    RowWriter(const QSqlDatabase &db, const RowChange &change, const QStringList &key, bool textAsBytes)
+        : m_db(db), m_change(change), m_driver(db.driverName()), m_textAsBytes(textAsBytes)
     {
         for (const QString &name : key) {
             int col = int(change.columns.size()) - 1;
@@ -116,15 +125,17 @@ private:
         return true;
     }
 
-    // Locates the row holding `values`: by the key when it is usable, else by every field whose
-    // type has an equality.
-    Where locate(const QVariantList &values) const
+    // Locates the row holding `values`: by the key when it is usable, else by every field that
+    // can locate a row. A row just inserted is found by the values written (NULLs were left to
+    // the table's defaults).
+    Where locate(const QVariantList &values, bool writtenOnly = false) const
     {
         QList<int> cols = m_key;
         if (!keyUsable(values)) {
             cols.clear();
             for (int col = 0; col < m_change.columns.size(); ++col)
-                if (ValueTypes::hasEquality(m_driver, m_change.types.value(col)))
+                if (ValueTypes::canLocate(m_driver, m_change.types.value(col))
+                    && !(writtenOnly && resultIsNull(values[col])))
                     cols << col;
         }
         Where where;
@@ -142,9 +153,14 @@ private:
         return where;
     }
 
+    QSqlQuery bound(const QString &sql, const QVariantList &values) const
+    {
+        return run(m_db, sql, m_textAsBytes ? textAsBytes(values) : values);
+    }
+
     void checkSingleRow(const Where &where) const
     {
-        QSqlQuery count = run(m_db, QStringLiteral("SELECT COUNT(*) FROM ") + m_change.table + where.sql,
+        QSqlQuery count = bound( QStringLiteral("SELECT COUNT(*) FROM ") + m_change.table + where.sql,
                               where.values);
         const qint64 matched = count.next() ? count.value(0).toLongLong() : 0;
         if (matched == 1)
@@ -166,7 +182,7 @@ private:
             sql += QStringLiteral(" RETURNING ctid");
         inTransaction(m_db, [&] {
             checkSingleRow(where);
-            QSqlQuery query = run(m_db, sql, headValues + where.values);
+            QSqlQuery query = bound(sql, headValues + where.values);
             if (query.numRowsAffected() > 1)
                 throw VantryError(QStringLiteral("The %1 touched %2 rows of %3; it was undone")
                                       .arg(QLatin1String(verb(m_change.kind)))
@@ -222,7 +238,7 @@ private:
         if (!returned.isEmpty())
             sql += QStringLiteral(" RETURNING ") + returned.join(QStringLiteral(", "));
         inTransaction(m_db, [&] {
-            QSqlQuery query = run(m_db, sql, values);
+            QSqlQuery query = bound(sql, values);
             if (query.numRowsAffected() > 1)
                 throw VantryError(QStringLiteral("The insert added %1 rows to %2; it was undone")
                                       .arg(query.numRowsAffected())
@@ -252,7 +268,7 @@ private:
             where.sql = postgres() ? QStringLiteral(" WHERE ctid = ?") : QStringLiteral(" WHERE rowid = ?");
             where.values << m_rowLocator;
         } else {
-            where = locate(m_change.values);
+            where = locate(m_change.values, m_change.kind == RowChange::Kind::Insert);
         }
         QStringList fields;
         for (int col = 0; col < m_change.columns.size(); ++col)
@@ -293,6 +309,7 @@ private:
     QSqlDatabase m_db;
     RowChange m_change;
     QString m_driver;
+    bool m_textAsBytes;
     QList<int> m_key;
     QVariant m_rowLocator;
 };
@@ -340,7 +357,7 @@ RowOutcome ResultWriteBack::apply(const QSqlDatabase &db, const RowChange &chang
 {
     if (!db.isOpen())
         throw VantryError(QStringLiteral("The connection is not open"));
-    return RowWriter(db, change, keys.keyOf(db, change.table)).apply();
+    return RowWriter(db, change, keys.keyOf(db, change.table), keys.bindsTextAsBytes(db)).apply();
 }
 
 void ResultWriteBack::accept(ResultTable &result, const RowOutcome &outcome)

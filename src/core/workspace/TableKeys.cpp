@@ -5,6 +5,7 @@
 
 #include <QSqlDriver>
 #include <QSqlError>
+#include <QSqlField>
 #include <QSqlIndex>
 #include <QSqlQuery>
 
@@ -29,15 +30,21 @@ QStringList nameParts(const QSqlDatabase &db, const QString &table)
 
 // Runs a catalogue query whose rows are (index, column, NOT NULL), the primary key's rows first
 // and each index's columns in order; returns the first index with only NOT NULL columns.
-QStringList firstUsableKey(const QSqlDatabase &db, const QString &sql, const QVariantList &values)
+QStringList firstUsableKey(const QSqlDatabase &db, QString sql, const QVariantList &values)
 {
+    // The names go in as the driver's literals: some ODBC drivers mangle bound texts.
+    int at = 0;
+    for (const QVariant &value : values) {
+        at = int(sql.indexOf(QLatin1Char('?'), at));
+        QSqlField literal(QString(), value.metaType());
+        literal.setValue(value);
+        const QString text = db.driver()->formatValue(literal);
+        sql.replace(at, 1, text);
+        at += int(text.size());
+    }
     QSqlQuery query(db);
     query.setForwardOnly(true);
-    if (!query.prepare(sql))
-        throw VantryError(sqlErrorText(query.lastError()));
-    for (const QVariant &value : values)
-        query.addBindValue(value);
-    if (!query.exec())
+    if (!query.exec(sql))
         throw VantryError(sqlErrorText(query.lastError()));
     QList<Candidate> candidates;
     while (query.next()) {
@@ -125,16 +132,31 @@ QStringList driverKey(const QSqlDatabase &db, const QString &table)
 
 QStringList findTableKey(const QSqlDatabase &db, const QString &table)
 {
-    const QString driver = db.driverName();
-    if (driver == QLatin1String("QPSQL"))
+    // By the database behind the driver, so an ODBC source of a known engine reads the same
+    // catalogue as the native driver (the ODBC primary-key call misses unique keys, and some
+    // drivers answer it for no table).
+    switch (db.driver()->dbmsType()) {
+    case QSqlDriver::PostgreSQL:
         return postgresKey(db, table);
-    if (driver == QLatin1String("QMYSQL"))
+    case QSqlDriver::MySqlServer:
         return mariaDbKey(db, table);
-    if (driver == QLatin1String("QSQLITE"))
+    case QSqlDriver::SQLite:
         return sqliteKey(db, table);
-    if (driver == QLatin1String("QIBASE"))
+    case QSqlDriver::Interbase:
         return firebirdKey(db, table);
-    return driverKey(db, table);
+    default:
+        break;
+    }
+    QStringList key = driverKey(db, table);
+    // An ODBC source the driver does not recognise (MariaDB's own ODBC driver, say) may still
+    // have the standard information schema.
+    if (key.isEmpty() && db.driverName() == QLatin1String("QODBC")) {
+        try {
+            key = mariaDbKey(db, table);
+        } catch (const VantryError &) {
+        }
+    }
+    return key;
 }
 
 QStringList TableKeyCache::keyOf(const QSqlDatabase &db, const QString &table)
@@ -152,8 +174,28 @@ QStringList TableKeyCache::keyOf(const QSqlDatabase &db, const QString &table)
     return key;
 }
 
+bool TableKeyCache::bindsTextAsBytes(const QSqlDatabase &db)
+{
+    if (db.driverName() != QLatin1String("QODBC"))
+        return false;
+    {
+        QMutexLocker lock(&m_mutex);
+        const auto found = m_textAsBytes.constFind(db.connectionName());
+        if (found != m_textAsBytes.constEnd())
+            return *found;
+    }
+    QSqlQuery query(db);
+    const bool padded = query.prepare(QStringLiteral("SELECT LENGTH(?)"))
+                        && (query.addBindValue(QStringLiteral("a")), query.exec()) && query.next()
+                        && query.value(0).toInt() == 2;
+    QMutexLocker lock(&m_mutex);
+    m_textAsBytes.insert(db.connectionName(), padded);
+    return padded;
+}
+
 void TableKeyCache::clear()
 {
     QMutexLocker lock(&m_mutex);
     m_keys.clear();
+    m_textAsBytes.clear();
 }

@@ -16,10 +16,15 @@ class TableKeyCache
 {
 public:
     QStringList keyOf(const QSqlDatabase &db, const QString &table);
+    // True when the connection's driver passes a bound text one character too long (MariaDB's
+    // ODBC driver takes the terminating zero along), so texts must be bound as UTF-8 bytes.
+    // Tried once per connection with a bound one-letter text.
+    bool bindsTextAsBytes(const QSqlDatabase &db);
     // Forgets every table, after the user changed the schema, say.
     void clear();
 
 private:
     QMutex m_mutex;
     QHash<QString, QStringList> m_keys;
+    QHash<QString, bool> m_textAsBytes;
 };

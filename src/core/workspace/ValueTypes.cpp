@@ -71,19 +71,24 @@ int compareMagnitude(const Decimal &a, const Decimal &b)
 
 namespace ValueTypes {
 
-bool hasEquality(const QString &driverName, const QString &typeName)
+bool canLocate(const QString &driverName, const QString &typeName)
 {
     const QString type = typeName.trimmed().toLower();
     if (driverName == QLatin1String("QPSQL") || type.startsWith(QLatin1String("oid ")))
         return !postgresWithoutEquality().contains(type);
     if (driverName == QLatin1String("QMYSQL"))
         return type != QLatin1String("geometry");
-    // Firebird compares no BLOB with "=" reliably; the generic path shows BLOBs as byte arrays.
+    // Firebird compares no BLOB with "=" reliably (the generic path shows BLOBs as byte arrays);
+    // its driver hands times over with milliseconds of its 1/10000 s, numerics as doubles.
     if (driverName == QLatin1String("QIBASE"))
-        return type != QLatin1String("qbytearray") && !type.startsWith(QLatin1String("blob"));
-    // Through ODBC long data cannot be compared on most drivers.
+        return type != QLatin1String("qbytearray") && !type.startsWith(QLatin1String("blob"))
+               && type != QLatin1String("qtime") && type != QLatin1String("qdatetime")
+               && type != QLatin1String("double");
+    // Through ODBC long data cannot be compared on most drivers, and the driver hands times over
+    // with milliseconds and decimals as doubles.
     if (driverName == QLatin1String("QODBC"))
-        return type != QLatin1String("qbytearray") && !postgresWithoutEquality().contains(type);
+        return type != QLatin1String("qbytearray") && type != QLatin1String("qtime")
+               && type != QLatin1String("qdatetime") && type != QLatin1String("double");
     return true;
 }
 
