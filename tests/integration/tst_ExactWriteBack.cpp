@@ -276,6 +276,7 @@ private slots:
         if (keyed) {
             QEXPECT_FAIL("firebird key", "Firebird timestamps reach the grid with milliseconds only", Continue);
             QEXPECT_FAIL("odbc-postgres key", "ODBC hands over milliseconds and doubles", Continue);
+            QEXPECT_FAIL("odbc-mariadb key", "ODBC hands over milliseconds, doubles and zero dates as NULL", Continue);
             QCOMPARE(count(check, table, QStringLiteral("id = 50 and ") + e.exactRowOne), 1);
             result.setValue(clone, note, QStringLiteral("clone edited"));
             post(grid, query, clone, keys);
