@@ -1,6 +1,7 @@
 #include "ResultFetcher.h"
 #include "app/SqlErrorText.h"
 
+#include "ResultFetchFirebird.h"
 #include "ResultFetchMariaDb.h"
 #include "ResultFetchNative.h"
 #include "app/VantryError.h"
@@ -51,6 +52,10 @@ std::unique_ptr<ResultTable> ResultFetcher::fetch(const QSqlDatabase &db, const 
         }
         if (auto table = ResultFetchMariaDb::fetch(db, statement, recordLimit)) {
             t_lastPath = QStringLiteral("mariadb");
+            return table;
+        }
+        if (auto table = ResultFetchFirebird::fetch(db, statement, recordLimit)) {
+            t_lastPath = QStringLiteral("firebird");
             return table;
         }
     }

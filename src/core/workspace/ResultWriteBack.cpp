@@ -114,6 +114,15 @@ private:
     }
     bool postgres() const { return m_driver == QLatin1String("QPSQL"); }
 
+    // The parameter marker for a value. Firebird's driver converts a bound text to the column's
+    // type itself, to the millisecond; passed as text, the server converts it exactly.
+    QString marker(const QVariant &value) const
+    {
+        if (m_driver == QLatin1String("QIBASE") && value.metaType().id() == QMetaType::QString)
+            return QStringLiteral("CAST(? AS VARCHAR(8191))");
+        return QStringLiteral("?");
+    }
+
     // The key columns when every one of them has a value in `values`.
     bool keyUsable(const QVariantList &values) const
     {
@@ -144,7 +153,7 @@ private:
             if (resultIsNull(values[col])) {
                 terms << field(col) + QStringLiteral(" IS NULL");
             } else {
-                terms << field(col) + QStringLiteral(" = ?");
+                terms << field(col) + QStringLiteral(" = ") + marker(values[col]);
                 where.values << values[col];
             }
         }
@@ -200,7 +209,7 @@ private:
         // Only the changed columns are written: the others keep their exact database values,
         // whatever a round trip through the grid would have done to them.
         for (int col : m_change.changed) {
-            sets << field(col) + QStringLiteral(" = ?");
+            sets << field(col) + QStringLiteral(" = ") + marker(m_change.values[col]);
             values << m_change.values[col];
         }
         write(QStringLiteral("UPDATE ") + m_change.table + QStringLiteral(" SET ") + sets.join(QStringLiteral(", ")),
@@ -217,7 +226,7 @@ private:
             if (resultIsNull(m_change.values[col]))
                 continue;
             fields << field(col);
-            marks << QStringLiteral("?");
+            marks << marker(m_change.values[col]);
             values << m_change.values[col];
         }
         QString sql = QStringLiteral("INSERT INTO ") + m_change.table;
