@@ -35,16 +35,38 @@ inline void selectConnection(TSqlFrm *frame, const QString &name)
     }
 }
 
+// Lets the tab's run service finish what it was asked to do; the window stays live meanwhile.
+inline bool waitIdle(TSqlFrm *frame, int timeoutMs = 30000)
+{
+    return QTest::qWaitFor([frame] { return !frame->isRunning(); }, timeoutMs);
+}
+
 inline void run(TSqlFrm *frame, const QString &sql)
 {
     frame->editor()->setText(sql);
     frame->ToolButton7Click();
+    QVERIFY(waitIdle(frame));
+}
+
+// Loads the table list of the current connection, as a click on the connection grid does.
+inline void listTables(TSqlFrm *frame)
+{
+    frame->cbConListClick();
+    QVERIFY(waitIdle(frame));
+}
+
+// Shows the rows of the table chosen in the table list.
+inline void clickTable(TSqlFrm *frame)
+{
+    frame->lbTablesListClick();
+    QVERIFY(waitIdle(frame));
 }
 
 inline void runScript(TSqlFrm *frame, const QString &script)
 {
     frame->editor()->setText(script);
     frame->tbRunScriptClick();
+    QVERIFY(waitIdle(frame));
 }
 
 inline const LogEntry &lastLog(TSqlFrm *frame)

@@ -324,6 +324,58 @@ QVariant ResultColumn::value(qint64 row) const
     }
 }
 
+void ResultColumn::appendColumn(ResultColumn &&batch)
+{
+    const bool sameKind = m_storage == batch.m_storage || m_storage == ResultStorage::Empty
+                          || batch.m_storage == ResultStorage::Empty;
+    if (!sameKind || !m_kinds.empty() || !batch.m_kinds.empty()) {
+        for (qint64 row = 0; row < batch.m_rows; ++row)
+            appendValueOf(batch, row);
+        batch = ResultColumn(batch.m_name, batch.m_typeName, batch.m_logicalType);
+        return;
+    }
+    if (m_storage == ResultStorage::Empty)
+        m_storage = batch.m_storage;
+    const bool text = m_storage == ResultStorage::Text || m_storage == ResultStorage::Bytes;
+    // The batch's locators point into its own blocks, which land after ours: shift their block
+    // number. Its first text begins at 0 of a block of its own, as the arena's rule wants.
+    const quint64 shift = text ? quint64(m_blocks.size()) << OffsetBits : 0;
+    reserve(m_rows + batch.m_rows);
+    for (qint64 row = 0; row < batch.m_rows; ++row)
+        appendSlot(batch.m_slots[size_t(row)] + shift, batch.isNull(row), m_storage);
+    for (Block &block : batch.m_blocks)
+        m_blocks.push_back(std::move(block));
+    batch = ResultColumn(batch.m_name, batch.m_typeName, batch.m_logicalType);
+}
+
+void ResultColumn::appendValueOf(const ResultColumn &other, qint64 row)
+{
+    if (other.isNull(row))
+        return appendNull();
+    const ResultStorage kind = other.m_kinds.empty() ? other.m_storage : other.m_kinds[size_t(row)];
+    if (!other.m_kinds.empty() && (kind == ResultStorage::Integer || kind == ResultStorage::Real)) {
+        const std::string_view text = other.bytesAt(row);
+        const QByteArray number = QByteArray::fromRawData(text.data(), qsizetype(text.size()));
+        return kind == ResultStorage::Integer ? appendInt(number.toLongLong()) : appendReal(number.toDouble());
+    }
+    switch (kind) {
+    case ResultStorage::Empty:
+        return appendNull();
+    case ResultStorage::Integer:
+        return appendInt(other.intAt(row));
+    case ResultStorage::Real:
+        return appendReal(other.realAt(row));
+    case ResultStorage::Text: {
+        const std::string_view text = other.bytesAt(row);
+        return appendText(text.data(), text.size());
+    }
+    case ResultStorage::Bytes: {
+        const std::string_view bytes = other.bytesAt(row);
+        return appendBytes(bytes.data(), bytes.size());
+    }
+    }
+}
+
 void ResultColumn::finish()
 {
     m_slots.shrink_to_fit();

@@ -52,12 +52,17 @@ public:
     std::string_view bytesAt(qint64 row) const;
     QVariant value(qint64 row) const;
 
+    // Appends every row of a column of the same result read as a later batch. Its text blocks
+    // are moved over rather than copied, so the batch is left empty.
+    void appendColumn(ResultColumn &&batch);
+
     // Releases spare capacity once the fetch is over.
     void finish();
     size_t memoryBytes() const;
 
 private:
     void appendSlot(quint64 slot, bool null, ResultStorage kind);
+    void appendValueOf(const ResultColumn &other, qint64 row);
     void startKinds(ResultStorage existing);
     void widenTo(ResultStorage storage);
     quint64 storeBytes(const char *data, size_t size);

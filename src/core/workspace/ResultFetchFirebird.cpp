@@ -108,7 +108,7 @@ const FirebirdApi *firebirdApi()
 class Session
 {
 public:
-    Session(const FirebirdApi *api, Handle db) : m_api(api), m_db(db) {}
+    Session(const FirebirdApi *api, Handle db) : m_db(db), m_api(api) {}
     ~Session()
     {
         IscStatus status[20];
@@ -353,10 +353,135 @@ bool connectionIsUtf8(const QSqlDatabase &db)
     return options.contains(QLatin1String("LC_CTYPE=UTF8")) || options.contains(QLatin1String("LC_CTYPE=UNICODE_FSS"));
 }
 
+// A statement of its own, in a read-committed read-only transaction of its own, so the fetch sees
+// what is committed and leaves the driver's transaction alone. Closing commits it.
+class FirebirdCursor : public ResultCursor
+{
+public:
+    FirebirdCursor(const FirebirdApi *api, Handle db, bool utf8)
+        : m_api(api), m_session(api, db), m_reader(api, m_session, utf8)
+    {
+    }
+    ~FirebirdCursor() override
+    {
+        try {
+            close();
+        } catch (const VantryError &) {
+        }
+    }
+
+    // Prepares and runs the statement; false when it is no query or has a type not read here.
+    bool start(const QByteArray &sql)
+    {
+        static const char tpb[] = {3 /* version3 */, 15 /* read_committed */, 17 /* rec_version */,
+                                   8 /* read */, 6 /* nowait */};
+        m_session.check(m_api->startTransaction(m_session.status(), &m_session.m_transaction, 1, &m_session.m_db,
+                                                short(sizeof tpb), tpb));
+        m_session.check(m_api->allocate(m_session.status(), &m_session.m_db, &m_session.m_statement));
+        describe(1);
+        m_session.check(m_api->prepare(m_session.status(), &m_session.m_transaction, &m_session.m_statement,
+                                       sql.size() > 65535 ? 0 : (unsigned short)sql.size(), sql.constData(), Dialect3,
+                                       da()));
+        if (!isQuery())
+            return false;
+        if (da()->sqld > da()->sqln) {
+            describe(da()->sqld);
+            m_session.check(m_api->describe(m_session.status(), &m_session.m_statement, SqldaVersion1, da()));
+        }
+        const int count = da()->sqld;
+        m_buffers.resize(size_t(count));
+        m_nulls.assign(size_t(count), 0);
+        for (int col = 0; col < count; ++col) {
+            XsqlVar &var = da()->sqlvar[col];
+            Column column{short(var.sqltype & ~1), var.sqlscale, var.sqlsubtype, var.sqllen, 0};
+            if (column.type == SqlText || column.type == SqlVarying) {
+                column.subtype = short(var.sqlsubtype & 0xFF); // the character set
+                column.chars = var.sqllen / bytesPerChar(column.subtype);
+            }
+            const char *name = typeName(column);
+            if (!name)
+                return false; // arrays and newer types: the generic path shows what it can
+            m_buffers[size_t(col)].assign(size_t(var.sqllen) + 2, 0);
+            var.sqldata = m_buffers[size_t(col)].data();
+            var.sqlind = &m_nulls[size_t(col)];
+            var.sqltype = short(var.sqltype | 1); // always ask for the NULL indicator
+            m_columns.push_back(column);
+            addColumn(QString::fromUtf8(var.aliasname, var.aliasnameLength), QString::fromLatin1(name),
+                      column.type == SqlBoolean ? QMetaType::Bool : QMetaType::UnknownType);
+        }
+        m_session.check(m_api->execute(m_session.status(), &m_session.m_transaction, &m_session.m_statement,
+                                       SqldaVersion1, nullptr));
+        m_open = true;
+        return true;
+    }
+
+    bool fetch(ResultTable &batch, qint64 maxRows) override
+    {
+        if (!m_open)
+            return false;
+        for (qint64 rows = 0; rows < maxRows; ++rows) {
+            const IscStatus result = m_api->fetch(m_session.status(), &m_session.m_statement, SqldaVersion1, da());
+            if (result == FetchEnd) {
+                close();
+                return false;
+            }
+            m_session.check(result);
+            for (int col = 0; col < int(m_columns.size()); ++col) {
+                ResultColumn &column = batch.column(col);
+                if (m_nulls[size_t(col)] < 0)
+                    column.appendNull();
+                else
+                    m_reader.append(column, m_columns[size_t(col)], m_buffers[size_t(col)].data());
+            }
+        }
+        return true;
+    }
+
+    void close() override
+    {
+        m_open = false;
+        if (m_session.m_transaction)
+            m_session.check(m_api->commit(m_session.status(), &m_session.m_transaction));
+    }
+
+    QString path() const override { return QStringLiteral("firebird"); }
+
+private:
+    Xsqlda *da() { return reinterpret_cast<Xsqlda *>(m_daMemory.data()); }
+
+    void describe(int columns)
+    {
+        m_daMemory.assign(sizeof(Xsqlda) + sizeof(XsqlVar) * size_t(std::max(columns, 1) - 1), 0);
+        da()->version = SqldaVersion1;
+        da()->sqln = short(std::max(columns, 1));
+    }
+
+    bool isQuery()
+    {
+        char info[16] = {};
+        const char items[] = {InfoStatementType, InfoEnd};
+        m_session.check(m_api->sqlInfo(m_session.status(), &m_session.m_statement, short(sizeof items), items,
+                                       short(sizeof info), info));
+        const int length = int(static_cast<unsigned char>(info[1]) | static_cast<unsigned char>(info[2]) << 8);
+        int kind = 0;
+        for (int i = 0; i < length && i < 4; ++i)
+            kind |= int(static_cast<unsigned char>(info[3 + i])) << (8 * i);
+        return info[0] == InfoStatementType && (kind == StatementSelect || kind == StatementSelectForUpdate);
+    }
+
+    const FirebirdApi *m_api;
+    Session m_session;
+    Reader m_reader;
+    std::vector<char> m_daMemory;
+    std::vector<Column> m_columns;
+    std::vector<std::vector<char>> m_buffers;
+    std::vector<short> m_nulls;
+    bool m_open = false;
+};
+
 } // namespace
 
-std::unique_ptr<ResultTable> ResultFetchFirebird::fetch(const QSqlDatabase &db, const QString &statement,
-                                                        qint64 recordLimit)
+std::unique_ptr<ResultCursor> ResultFetchFirebird::open(const QSqlDatabase &db, const QString &statement)
 {
     if (db.driverName() != QLatin1String("QIBASE"))
         return nullptr;
@@ -364,88 +489,11 @@ std::unique_ptr<ResultTable> ResultFetchFirebird::fetch(const QSqlDatabase &db, 
     const FirebirdApi *api = firebirdApi();
     if (!api || !handle.isValid() || handle.metaType().sizeOf() != int(sizeof(Handle)))
         return nullptr;
-    Session session(api, *static_cast<const Handle *>(handle.constData()));
-    if (!session.m_db)
+    const Handle attachment = *static_cast<const Handle *>(handle.constData());
+    if (!attachment)
         return nullptr;
-
-    // A read-committed, read-only transaction of its own: the fetch sees what is committed.
-    static const char tpb[] = {3 /* version3 */, 15 /* read_committed */, 17 /* rec_version */,
-                               8 /* read */, 6 /* nowait */};
-    session.check(api->startTransaction(session.status(), &session.m_transaction, 1, &session.m_db,
-                                        short(sizeof tpb), tpb));
-    session.check(api->allocate(session.status(), &session.m_db, &session.m_statement));
-    const QByteArray sql = statement.toUtf8();
-    std::vector<char> daMemory(sizeof(Xsqlda) + sizeof(XsqlVar) * 4);
-    auto *da = reinterpret_cast<Xsqlda *>(daMemory.data());
-    da->version = SqldaVersion1;
-    da->sqln = 5;
-    session.check(api->prepare(session.status(), &session.m_transaction, &session.m_statement,
-                               sql.size() > 65535 ? 0 : (unsigned short)sql.size(), sql.constData(), Dialect3, da));
-    char info[16] = {};
-    const char items[] = {InfoStatementType, InfoEnd};
-    session.check(api->sqlInfo(session.status(), &session.m_statement, short(sizeof items), items, short(sizeof info), info));
-    const int length = int(static_cast<unsigned char>(info[1]) | static_cast<unsigned char>(info[2]) << 8);
-    int kind = 0;
-    for (int i = 0; i < length && i < 4; ++i)
-        kind |= int(static_cast<unsigned char>(info[3 + i])) << (8 * i);
-    if (info[0] != InfoStatementType || (kind != StatementSelect && kind != StatementSelectForUpdate))
-        return nullptr; // not a query: the generic path runs it
-    if (da->sqld > da->sqln) {
-        const int count = da->sqld;
-        daMemory.assign(sizeof(Xsqlda) + sizeof(XsqlVar) * size_t(count - 1), 0);
-        da = reinterpret_cast<Xsqlda *>(daMemory.data());
-        da->version = SqldaVersion1;
-        da->sqln = short(count);
-        session.check(api->describe(session.status(), &session.m_statement, SqldaVersion1, da));
-    }
-
-    auto table = std::make_unique<ResultTable>();
-    std::vector<Column> columns;
-    std::vector<std::vector<char>> buffers(size_t(da->sqld));
-    std::vector<short> nulls(size_t(da->sqld));
-    for (int col = 0; col < da->sqld; ++col) {
-        XsqlVar &var = da->sqlvar[col];
-        Column column{short(var.sqltype & ~1), var.sqlscale, var.sqlsubtype, var.sqllen, 0};
-        if (column.type == SqlText || column.type == SqlVarying)
-            column.chars = var.sqllen / bytesPerChar(var.sqlsubtype & 0xFF);
-        if (column.type == SqlText || column.type == SqlVarying)
-            column.subtype = short(var.sqlsubtype & 0xFF); // the character set
-        const char *name = typeName(column);
-        if (!name)
-            return nullptr; // arrays and newer types: the generic path shows what it can
-        buffers[size_t(col)].assign(size_t(var.sqllen) + 2, 0);
-        var.sqldata = buffers[size_t(col)].data();
-        var.sqlind = &nulls[size_t(col)];
-        var.sqltype = short(var.sqltype | 1); // always ask for the NULL indicator
-        columns.push_back(column);
-        const QString label = QString::fromUtf8(var.aliasname, var.aliasnameLength);
-        table->addColumn(label, QString::fromLatin1(name),
-                         column.type == SqlBoolean ? QMetaType::Bool : QMetaType::UnknownType);
-    }
-    session.check(api->execute(session.status(), &session.m_transaction, &session.m_statement, SqldaVersion1, nullptr));
-
-    Reader reader(api, session, connectionIsUtf8(db));
-    qint64 rows = 0;
-    bool truncated = false;
-    for (;;) {
-        const IscStatus result = api->fetch(session.status(), &session.m_statement, SqldaVersion1, da);
-        if (result == FetchEnd)
-            break;
-        session.check(result);
-        if (recordLimit > 0 && rows == recordLimit) {
-            truncated = true;
-            break;
-        }
-        for (int col = 0; col < int(columns.size()); ++col) {
-            ResultColumn &column = table->column(col);
-            if (nulls[size_t(col)] < 0)
-                column.appendNull();
-            else
-                reader.append(column, columns[size_t(col)], buffers[size_t(col)].data());
-        }
-        ++rows;
-    }
-    session.check(api->commit(session.status(), &session.m_transaction));
-    table->finishFetch(truncated);
-    return table;
+    auto cursor = std::make_unique<FirebirdCursor>(api, attachment, connectionIsUtf8(db));
+    if (!cursor->start(statement.toUtf8()))
+        return nullptr;
+    return cursor;
 }

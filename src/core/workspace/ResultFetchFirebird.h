@@ -1,5 +1,5 @@
 #pragma once
-#include "ResultTable.h"
+#include "ResultCursor.h"
 
 #include <QSqlDatabase>
 #include <memory>
@@ -12,6 +12,6 @@
 // read), so the caller takes the generic path; database errors throw VantryError.
 namespace ResultFetchFirebird {
 
-std::unique_ptr<ResultTable> fetch(const QSqlDatabase &db, const QString &statement, qint64 recordLimit);
+std::unique_ptr<ResultCursor> open(const QSqlDatabase &db, const QString &statement);
 
 } // namespace ResultFetchFirebird

@@ -146,69 +146,63 @@ qint64 bitValue(const char *bytes, unsigned long size)
     return qint64(value);
 }
 
-class ResultGuard
+// Rows streamed from the server (mysql_use_result): nothing else may run on the connection until
+// the cursor is closed, which reads and drops the rows not fetched.
+class MariaDbCursor : public ResultCursor
 {
 public:
-    ResultGuard(const MariaDbApi *api, MYSQL_RES *result) : m_api(api), m_result(result) {}
-    ~ResultGuard() { m_api->freeResult(m_result); } // also reads and drops the rows not fetched
-    ResultGuard(const ResultGuard &) = delete;
-    ResultGuard &operator=(const ResultGuard &) = delete;
+    MariaDbCursor(const MariaDbApi *api, MYSQL *mysql, MYSQL_RES *result)
+        : m_api(api), m_mysql(mysql), m_result(result)
+    {
+        const unsigned int fields = result ? api->numFields(result) : 0;
+        for (unsigned int col = 0; col < fields; ++col) {
+            const MysqlField *field = api->fetchFieldDirect(result, col);
+            const ColumnType type = columnType(*field);
+            m_decode.push_back(type.decode);
+            addColumn(QString::fromUtf8(field->name, int(field->nameLength)), QString::fromLatin1(type.name));
+        }
+    }
+    ~MariaDbCursor() override { close(); }
+
+    bool fetch(ResultTable &batch, qint64 maxRows) override
+    {
+        if (!m_result)
+            return false;
+        for (qint64 rows = 0; rows < maxRows; ++rows) {
+            char **row = m_api->fetchRow(m_result);
+            if (!row) {
+                const bool failed = m_api->errorNumber(m_mysql) != 0;
+                const QString message = QString::fromUtf8(m_api->error(m_mysql));
+                close();
+                if (failed)
+                    throw VantryError(message);
+                return false;
+            }
+            appendRow(batch, row, m_api->fetchLengths(m_result));
+        }
+        return true;
+    }
+
+    void close() override
+    {
+        if (m_result)
+            m_api->freeResult(m_result);
+        m_result = nullptr;
+    }
+
+    QString path() const override { return QStringLiteral("mariadb"); }
 
 private:
-    const MariaDbApi *m_api;
-    MYSQL_RES *m_result;
-};
-
-} // namespace
-
-std::unique_ptr<ResultTable> ResultFetchMariaDb::fetch(const QSqlDatabase &db, const QString &statement,
-                                                       qint64 recordLimit)
-{
-    const QVariant handle = db.driver()->handle();
-    if (!handle.isValid()
-        || (qstrcmp(handle.typeName(), "MYSQL*") != 0 && qstrcmp(handle.typeName(), "st_mysql*") != 0))
-        return nullptr;
-    MYSQL *mysql = *static_cast<MYSQL *const *>(handle.constData());
-    const MariaDbApi *api = mariaDbApi();
-    if (!mysql || !api)
-        return nullptr;
-
-    const QByteArray sql = statement.toUtf8();
-    if (api->realQuery(mysql, sql.constData(), static_cast<unsigned long>(sql.size())) != 0)
-        throw VantryError(QString::fromUtf8(api->error(mysql)));
-    auto table = std::make_unique<ResultTable>();
-    MYSQL_RES *result = api->useResult(mysql);
-    if (!result) {
-        if (api->fieldCount(mysql) != 0)
-            throw VantryError(QString::fromUtf8(api->error(mysql)));
-        table->finishFetch(false); // a statement without rows
-        return table;
-    }
-    ResultGuard guard(api, result);
-    const unsigned int fields = api->numFields(result);
-    std::vector<Decode> decode;
-    for (unsigned int col = 0; col < fields; ++col) {
-        const MysqlField *field = api->fetchFieldDirect(result, col);
-        const ColumnType type = columnType(*field);
-        decode.push_back(type.decode);
-        table->addColumn(QString::fromUtf8(field->name, int(field->nameLength)), QString::fromLatin1(type.name));
-    }
-    qint64 rows = 0;
-    bool truncated = false;
-    while (char **row = api->fetchRow(result)) {
-        if (recordLimit > 0 && rows == recordLimit) {
-            truncated = true;
-            break;
-        }
-        const unsigned long *lengths = api->fetchLengths(result);
-        for (unsigned int col = 0; col < fields; ++col) {
-            ResultColumn &column = table->column(int(col));
+    void appendRow(ResultTable &batch, char **row, const unsigned long *lengths)
+    {
+        for (size_t col = 0; col < m_decode.size(); ++col) {
+            ResultColumn &column = batch.column(int(col));
             const char *text = row[col];
             if (!text) {
                 column.appendNull();
                 continue;
             }
-            switch (decode[col]) {
+            switch (m_decode[col]) {
             case Decode::Integer:
                 column.appendInt(std::strtoll(text, nullptr, 10));
                 break;
@@ -234,10 +228,33 @@ std::unique_ptr<ResultTable> ResultFetchMariaDb::fetch(const QSqlDatabase &db, c
                 break;
             }
         }
-        ++rows;
     }
-    if (!truncated && api->errorNumber(mysql) != 0)
+
+    const MariaDbApi *m_api;
+    MYSQL *m_mysql;
+    MYSQL_RES *m_result;
+    std::vector<Decode> m_decode;
+};
+
+} // namespace
+
+std::unique_ptr<ResultCursor> ResultFetchMariaDb::open(const QSqlDatabase &db, const QString &statement)
+{
+    const QVariant handle = db.driver()->handle();
+    if (!handle.isValid()
+        || (qstrcmp(handle.typeName(), "MYSQL*") != 0 && qstrcmp(handle.typeName(), "st_mysql*") != 0))
+        return nullptr;
+    MYSQL *mysql = *static_cast<MYSQL *const *>(handle.constData());
+    const MariaDbApi *api = mariaDbApi();
+    if (!mysql || !api)
+        return nullptr;
+
+    const QByteArray sql = statement.toUtf8();
+    if (api->realQuery(mysql, sql.constData(), static_cast<unsigned long>(sql.size())) != 0)
         throw VantryError(QString::fromUtf8(api->error(mysql)));
-    table->finishFetch(truncated);
-    return table;
+    MYSQL_RES *result = api->useResult(mysql);
+    if (!result && api->fieldCount(mysql) != 0)
+        throw VantryError(QString::fromUtf8(api->error(mysql)));
+    // A statement without rows gives a cursor without columns.
+    return std::make_unique<MariaDbCursor>(api, mysql, result);
 }

@@ -1,5 +1,5 @@
 #pragma once
-#include "ResultTable.h"
+#include "ResultCursor.h"
 
 #include <QSqlDatabase>
 #include <memory>
@@ -10,6 +10,6 @@
 // connection is not a QMYSQL one or the library is not loaded; database errors throw VantryError.
 namespace ResultFetchMariaDb {
 
-std::unique_ptr<ResultTable> fetch(const QSqlDatabase &db, const QString &statement, qint64 recordLimit);
+std::unique_ptr<ResultCursor> open(const QSqlDatabase &db, const QString &statement);
 
 } // namespace ResultFetchMariaDb

@@ -136,11 +136,63 @@ private:
     PGresult *m_result;
 };
 
-class PostgresReader
+// Reads a server-side cursor in a transaction of its own: each batch is one FETCH, so the client
+// holds no more than one batch of libpq's result however large the query's result is.
+class PostgresCursor : public ResultCursor
 {
 public:
-    PostgresReader(const PostgresApi *api, PGconn *conn) : m_api(api), m_conn(conn) {}
+    PostgresCursor(const PostgresApi *api, PGconn *conn) : m_api(api), m_conn(conn) {}
+    ~PostgresCursor() override { close(); }
 
+    // Declares the cursor and reads the result's columns from an empty first FETCH.
+    void declare(const QByteArray &sql)
+    {
+        exec("BEGIN");
+        m_open = true;
+        try {
+            exec("DECLARE vantry_result NO SCROLL CURSOR FOR " + sql);
+            PgResult none(m_api, m_api->exec(m_conn, "FETCH FORWARD 0 FROM vantry_result"));
+            check(none.get(), PgTuplesOk);
+            describe(none.get());
+        } catch (...) {
+            close();
+            throw;
+        }
+    }
+
+    bool fetch(ResultTable &batch, qint64 maxRows) override
+    {
+        if (!m_open)
+            return false;
+        try {
+            PgResult result(m_api, m_api->exec(m_conn, "FETCH FORWARD " + QByteArray::number(maxRows)
+                                                            + " FROM vantry_result"));
+            check(result.get(), PgTuplesOk);
+            const int got = m_api->ntuples(result.get());
+            append(batch, result.get(), got);
+            if (got < maxRows) {
+                close();
+                return false;
+            }
+            return true;
+        } catch (...) {
+            close();
+            throw;
+        }
+    }
+
+    // COMMIT ends the transaction and with it the cursor; after an error it rolls back instead.
+    void close() override
+    {
+        if (!m_open)
+            return;
+        m_open = false;
+        PgResult end(m_api, m_api->exec(m_conn, "COMMIT"));
+    }
+
+    QString path() const override { return QStringLiteral("postgres"); }
+
+private:
     void exec(const QByteArray &command)
     {
         PgResult result(m_api, m_api->exec(m_conn, command.constData()));
@@ -156,24 +208,24 @@ public:
             throw VantryError(QString::fromUtf8(m_api->resultErrorMessage(result)).trimmed());
     }
 
-    // Adds the rows of one FETCH to the table; returns how many it held.
-    int append(ResultTable &table, PGresult *result, int maxRows)
+    void describe(PGresult *result)
     {
         const int fields = m_api->nfields(result);
-        if (table.columnCount() == 0) {
-            m_decode.clear();
-            for (int col = 0; col < fields; ++col) {
-                const Oid oid = m_api->ftype(result, col);
-                const PgType type = pgType(oid);
-                m_decode.push_back(type.decode);
-                table.addColumn(QString::fromUtf8(m_api->fname(result, col)),
-                                type.name ? QString::fromLatin1(type.name)
-                                          : QStringLiteral("oid %1").arg(oid),
-                                type.decode == Decode::Boolean ? QMetaType::Bool
-                                                               : QMetaType::UnknownType);
-            }
+        for (int col = 0; col < fields; ++col) {
+            const Oid oid = m_api->ftype(result, col);
+            const PgType type = pgType(oid);
+            m_decode.push_back(type.decode);
+            addColumn(QString::fromUtf8(m_api->fname(result, col)),
+                      type.name ? QString::fromLatin1(type.name) : QStringLiteral("oid %1").arg(oid),
+                      type.decode == Decode::Boolean ? QMetaType::Bool : QMetaType::UnknownType);
         }
-        const int rows = std::min(m_api->ntuples(result), maxRows);
+    }
+
+    void append(ResultTable &table, PGresult *result, int rows)
+    {
+        const int fields = int(m_decode.size());
+        for (int col = 0; col < fields; ++col)
+            table.column(col).reserve(table.column(col).rowCount() + rows);
         // Row by row: libpq keeps each row's values together, so this order reads memory in turn.
         for (int row = 0; row < rows; ++row) {
             for (int col = 0; col < fields; ++col) {
@@ -209,12 +261,11 @@ public:
                 }
             }
         }
-        return rows;
     }
 
-private:
     const PostgresApi *m_api;
     PGconn *m_conn;
+    bool m_open = false;
     std::vector<Decode> m_decode;
 };
 
@@ -228,9 +279,7 @@ QByteArray withoutTrailingSemicolons(const QString &statement)
 
 } // namespace
 
-std::unique_ptr<ResultTable> ResultFetchNative::fetchPostgres(const QSqlDatabase &db,
-                                                              const QString &statement,
-                                                              qint64 recordLimit)
+std::unique_ptr<ResultCursor> ResultFetchNative::openPostgres(const QSqlDatabase &db, const QString &statement)
 {
     const QVariant handle = db.driver()->handle();
     if (!handle.isValid()
@@ -242,53 +291,7 @@ std::unique_ptr<ResultTable> ResultFetchNative::fetchPostgres(const QSqlDatabase
     // takes the generic path.
     if (!conn || !api || api->transactionStatus(conn) != PgTransIdle)
         return nullptr;
-
-    const QByteArray sql = withoutTrailingSemicolons(statement);
-    auto table = std::make_unique<ResultTable>();
-    PostgresReader reader(api, conn);
-
-    // With a record limit the server stops after limit + 1 rows and streams them in one result,
-    // which is the fastest way through libpq. Should the statement not fit in a subquery, the
-    // cursor below runs it as written (and reports its error, if any).
-    if (recordLimit > 0) {
-        PgResult limited(api, api->exec(conn, "SELECT * FROM (" + sql + "\n) AS vantry_limited LIMIT "
-                                                  + QByteArray::number(recordLimit + 1)));
-        if (limited.get() && api->resultStatus(limited.get()) == PgTuplesOk) {
-            const int got = api->ntuples(limited.get());
-            reader.append(*table, limited.get(), int(std::min<qint64>(got, recordLimit)));
-            table->finishFetch(got > recordLimit);
-            return table;
-        }
-    }
-
-    // A cursor fetched in batches keeps the client's memory bounded however large the result.
-    constexpr qint64 Batch = 20000;
-    reader.exec("BEGIN");
-    try {
-        reader.exec("DECLARE vantry_result NO SCROLL CURSOR FOR " + sql);
-        qint64 rows = 0;
-        bool truncated = false;
-        for (;;) {
-            const qint64 wanted = recordLimit > 0 ? std::min(Batch, recordLimit - rows + 1) : Batch;
-            PgResult batch(api, api->exec(conn, "FETCH FORWARD " + QByteArray::number(wanted)
-                                                    + " FROM vantry_result"));
-            reader.check(batch.get(), PgTuplesOk);
-            const int got = api->ntuples(batch.get());
-            const int keep = recordLimit > 0 ? int(std::min<qint64>(got, recordLimit - rows)) : got;
-            rows += reader.append(*table, batch.get(), keep);
-            if (keep < got) {
-                truncated = true;
-                break;
-            }
-            if (got < wanted)
-                break;
-        }
-        reader.exec("CLOSE vantry_result");
-        reader.exec("COMMIT");
-        table->finishFetch(truncated);
-        return table;
-    } catch (...) {
-        PgResult rollback(api, api->exec(conn, "ROLLBACK"));
-        throw;
-    }
+    auto cursor = std::make_unique<PostgresCursor>(api, conn);
+    cursor->declare(withoutTrailingSemicolons(statement));
+    return cursor;
 }

@@ -63,18 +63,91 @@ QMetaType::Type logicalTypeOf(const char *declared)
     return type.startsWith("bool") ? QMetaType::Bool : QMetaType::UnknownType;
 }
 
-struct StatementGuard
+// Steps a prepared statement batch by batch; the statement stays prepared between batches.
+class SqliteCursor : public ResultCursor
 {
-    const SqliteApi *api;
-    sqlite3_stmt *stmt = nullptr;
-    ~StatementGuard() { api->finalize(stmt); }
+public:
+    SqliteCursor(const SqliteApi *api, sqlite3 *connection, sqlite3_stmt *stmt)
+        : m_api(api), m_connection(connection), m_stmt(stmt)
+    {
+        const int columns = api->columnCount(stmt);
+        for (int col = 0; col < columns; ++col) {
+            const char *declared = api->columnDecltype(stmt, col);
+            addColumn(QString::fromUtf8(api->columnName(stmt, col)),
+                      QString::fromUtf8(declared ? declared : ""), logicalTypeOf(declared));
+        }
+    }
+    ~SqliteCursor() override { close(); }
+
+    bool fetch(ResultTable &batch, qint64 maxRows) override
+    {
+        if (!m_stmt)
+            return false;
+        const int columns = batch.columnCount();
+        for (int col = 0; col < columns; ++col)
+            batch.column(col).reserve(batch.column(col).rowCount() + std::min<qint64>(maxRows, 1 << 16));
+        for (qint64 rows = 0; rows < maxRows; ++rows) {
+            const int rc = m_api->step(m_stmt);
+            if (rc == SQLITE_DONE) {
+                close();
+                return false;
+            }
+            if (rc != SQLITE_ROW) {
+                const QString message = QString::fromUtf8(m_api->errmsg(m_connection));
+                close();
+                throw VantryError(message);
+            }
+            appendRow(batch, columns);
+        }
+        return true;
+    }
+
+    void close() override
+    {
+        if (m_stmt)
+            m_api->finalize(m_stmt);
+        m_stmt = nullptr;
+    }
+
+    QString path() const override { return QStringLiteral("sqlite"); }
+
+private:
+    void appendRow(ResultTable &batch, int columns)
+    {
+        for (int col = 0; col < columns; ++col) {
+            ResultColumn &column = batch.column(col);
+            switch (m_api->columnType(m_stmt, col)) {
+            case SQLITE_INTEGER:
+                column.appendInt(m_api->columnInt64(m_stmt, col));
+                break;
+            case SQLITE_FLOAT:
+                column.appendReal(m_api->columnDouble(m_stmt, col));
+                break;
+            case SQLITE_TEXT: {
+                const auto *text = reinterpret_cast<const char *>(m_api->columnText(m_stmt, col));
+                column.appendText(text, size_t(m_api->columnBytes(m_stmt, col)));
+                break;
+            }
+            case SQLITE_BLOB: {
+                const auto *blob = static_cast<const char *>(m_api->columnBlob(m_stmt, col));
+                column.appendBytes(blob, size_t(m_api->columnBytes(m_stmt, col)));
+                break;
+            }
+            default:
+                column.appendNull();
+                break;
+            }
+        }
+    }
+
+    const SqliteApi *m_api;
+    sqlite3 *m_connection;
+    sqlite3_stmt *m_stmt;
 };
 
 } // namespace
 
-std::unique_ptr<ResultTable> ResultFetchNative::fetchSqlite(const QSqlDatabase &db,
-                                                            const QString &statement,
-                                                            qint64 recordLimit)
+std::unique_ptr<ResultCursor> ResultFetchNative::openSqlite(const QSqlDatabase &db, const QString &statement)
 {
     const QVariant handle = db.driver()->handle();
     if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0)
@@ -85,62 +158,13 @@ std::unique_ptr<ResultTable> ResultFetchNative::fetchSqlite(const QSqlDatabase &
         return nullptr;
 
     const QByteArray sql = statement.toUtf8();
-    StatementGuard guard{api};
-    if (api->prepare(connection, sql.constData(), int(sql.size()), &guard.stmt, nullptr) != SQLITE_OK)
-        throw VantryError(QString::fromUtf8(api->errmsg(connection)));
-    sqlite3_stmt *stmt = guard.stmt;
+    sqlite3_stmt *stmt = nullptr;
+    if (api->prepare(connection, sql.constData(), int(sql.size()), &stmt, nullptr) != SQLITE_OK) {
+        const QString message = QString::fromUtf8(api->errmsg(connection));
+        api->finalize(stmt);
+        throw VantryError(message);
+    }
     if (!stmt)
         throw VantryError(QStringLiteral("The statement is empty"));
-
-    auto table = std::make_unique<ResultTable>();
-    const int columns = api->columnCount(stmt);
-    for (int col = 0; col < columns; ++col) {
-        const char *declared = api->columnDecltype(stmt, col);
-        table->addColumn(QString::fromUtf8(api->columnName(stmt, col)),
-                         QString::fromUtf8(declared ? declared : ""), logicalTypeOf(declared));
-    }
-    if (recordLimit > 0)
-        for (int col = 0; col < columns; ++col)
-            table->column(col).reserve(std::min<qint64>(recordLimit, 1 << 20));
-
-    qint64 rows = 0;
-    bool truncated = false;
-    for (;;) {
-        const int rc = api->step(stmt);
-        if (rc == SQLITE_DONE)
-            break;
-        if (rc != SQLITE_ROW)
-            throw VantryError(QString::fromUtf8(api->errmsg(connection)));
-        if (recordLimit > 0 && rows == recordLimit) {
-            truncated = true;
-            break;
-        }
-        for (int col = 0; col < columns; ++col) {
-            ResultColumn &column = table->column(col);
-            switch (api->columnType(stmt, col)) {
-            case SQLITE_INTEGER:
-                column.appendInt(api->columnInt64(stmt, col));
-                break;
-            case SQLITE_FLOAT:
-                column.appendReal(api->columnDouble(stmt, col));
-                break;
-            case SQLITE_TEXT: {
-                const auto *text = reinterpret_cast<const char *>(api->columnText(stmt, col));
-                column.appendText(text, size_t(api->columnBytes(stmt, col)));
-                break;
-            }
-            case SQLITE_BLOB: {
-                const auto *blob = static_cast<const char *>(api->columnBlob(stmt, col));
-                column.appendBytes(blob, size_t(api->columnBytes(stmt, col)));
-                break;
-            }
-            default:
-                column.appendNull();
-                break;
-            }
-        }
-        ++rows;
-    }
-    table->finishFetch(truncated);
-    return table;
+    return std::make_unique<SqliteCursor>(api, connection, stmt);
 }

@@ -1,33 +1,12 @@
 #include "ResultFetcher.h"
-#include "app/SqlErrorText.h"
-
-#include "ResultFetchFirebird.h"
-#include "ResultFetchMariaDb.h"
-#include "ResultFetchNative.h"
-#include "app/VantryError.h"
-
-#include <QSqlDriver>
-#include <QSqlError>
-#include <QSqlField>
-#include <QSqlQuery>
-#include <QSqlRecord>
 
 namespace {
 
 thread_local QString t_lastPath;
 
-QMetaType::Type logicalTypeOf(const QMetaType &type)
-{
-    switch (type.id()) {
-    case QMetaType::Bool:
-    case QMetaType::QDate:
-    case QMetaType::QDateTime:
-    case QMetaType::QTime:
-        return QMetaType::Type(type.id());
-    default:
-        return QMetaType::UnknownType;
-    }
-}
+// Rows read per round trip when every row is wanted: large enough that the per-batch cost vanishes,
+// small enough that a native client never holds much more than one batch.
+constexpr qint64 WholeResultBatch = 20000;
 
 } // namespace
 
@@ -39,60 +18,23 @@ QString ResultFetcher::lastPath()
 std::unique_ptr<ResultTable> ResultFetcher::fetch(const QSqlDatabase &db, const QString &statement,
                                                   qint64 recordLimit, Path path)
 {
-    if (!db.isOpen())
-        throw VantryError(QStringLiteral("The connection is not open"));
-    if (path == Path::Automatic) {
-        if (auto table = ResultFetchNative::fetchSqlite(db, statement, recordLimit)) {
-            t_lastPath = QStringLiteral("sqlite");
-            return table;
+    std::unique_ptr<ResultCursor> cursor = ResultCursor::open(db, statement, path);
+    t_lastPath = cursor->path();
+    std::unique_ptr<ResultTable> table = cursor->emptyTable();
+    bool more = true;
+    if (recordLimit > 0) {
+        more = cursor->fetch(*table, recordLimit);
+        // One row more tells whether the limit cut the result short.
+        if (more) {
+            std::unique_ptr<ResultTable> probe = cursor->emptyTable();
+            cursor->fetch(*probe, 1);
+            more = probe->columnCount() > 0 && probe->column(0).rowCount() > 0;
         }
-        if (auto table = ResultFetchNative::fetchPostgres(db, statement, recordLimit)) {
-            t_lastPath = QStringLiteral("postgres");
-            return table;
-        }
-        if (auto table = ResultFetchMariaDb::fetch(db, statement, recordLimit)) {
-            t_lastPath = QStringLiteral("mariadb");
-            return table;
-        }
-        if (auto table = ResultFetchFirebird::fetch(db, statement, recordLimit)) {
-            t_lastPath = QStringLiteral("firebird");
-            return table;
-        }
+    } else {
+        while (more)
+            more = cursor->fetch(*table, WholeResultBatch);
     }
-    t_lastPath = QStringLiteral("generic");
-    return fetchGeneric(db, statement, recordLimit);
-}
-
-std::unique_ptr<ResultTable> ResultFetcher::fetchGeneric(const QSqlDatabase &db,
-                                                         const QString &statement,
-                                                         qint64 recordLimit)
-{
-    QSqlQuery query(db);
-    query.setForwardOnly(true);
-    if (!query.exec(statement))
-        throw VantryError(sqlErrorText(query.lastError()));
-
-    auto table = std::make_unique<ResultTable>();
-    const QSqlRecord record = query.record();
-    for (int col = 0; col < record.count(); ++col) {
-        const QSqlField field = record.field(col);
-        table->addColumn(field.name(), QString::fromLatin1(field.metaType().name()),
-                         logicalTypeOf(field.metaType()));
-    }
-    const int columns = record.count();
-    qint64 rows = 0;
-    bool truncated = false;
-    while (query.next()) {
-        if (recordLimit > 0 && rows == recordLimit) {
-            truncated = true;
-            break;
-        }
-        for (int col = 0; col < columns; ++col)
-            table->column(col).appendVariant(query.value(col));
-        ++rows;
-    }
-    if (query.lastError().isValid())
-        throw VantryError(sqlErrorText(query.lastError()));
-    table->finishFetch(truncated);
+    cursor->close();
+    table->finishFetch(recordLimit > 0 && more);
     return table;
 }

@@ -1,20 +1,20 @@
 #pragma once
+#include "ResultCursor.h"
 #include "ResultTable.h"
 
 #include <QSqlDatabase>
 #include <QString>
 #include <memory>
 
-// Fills a ResultTable from an open connection. Reads through the driver's native handle where it
-// knows the client library (SQLite, PostgreSQL, MariaDB, Firebird), since one QVariant per value
-// costs more than the rest of the work together, and since only the client's own values are
-// exact; every other driver goes through a forward-only QSqlQuery.
+// Reads a whole result (or its first rows) into one ResultTable through a ResultCursor, for the
+// callers that want every row at once.
 class ResultFetcher
 {
 public:
-    enum class Path { Automatic, Generic };
+    using Path = ResultCursor::Path;
 
-    // recordLimit <= 0 fetches every row. Throws VantryError with the database's message.
+    // recordLimit <= 0 fetches every row; otherwise at most recordLimit rows, and the table is
+    // marked truncated when more were left. Throws VantryError with the database's message.
     static std::unique_ptr<ResultTable> fetch(const QSqlDatabase &db, const QString &statement,
                                               qint64 recordLimit, Path path = Path::Automatic);
     // The way the last fetch of this thread read its rows: "sqlite", "postgres", "mariadb",
@@ -22,5 +22,8 @@ public:
     static QString lastPath();
 
     static std::unique_ptr<ResultTable> fetchGeneric(const QSqlDatabase &db,
-                                                     const QString &statement, qint64 recordLimit);
+                                                     const QString &statement, qint64 recordLimit)
+    {
+        return fetch(db, statement, recordLimit, Path::Generic);
+    }
 };

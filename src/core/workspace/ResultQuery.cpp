@@ -1,6 +1,7 @@
 #include "ResultQuery.h"
 
 #include "ResultFetcher.h"
+#include "ResultNullability.h"
 #include "ResultWriteBack.h"
 #include "app/VantryError.h"
 
@@ -8,10 +9,28 @@
 #include <QSqlField>
 #include <QSqlRecord>
 
+void ResultQuery::adopt(std::shared_ptr<ResultTable> table, const ResultSource &source, bool moreRemain)
+{
+    close();
+    m_table = std::move(table);
+    m_source = source;
+    m_moreRemain = moreRemain;
+    m_table->setReadOnly(isReadOnly());
+}
+
+void ResultQuery::appendBatch(ResultTable &&batch, bool moreRemain)
+{
+    if (!m_table)
+        return;
+    m_table->appendBatch(std::move(batch), moreRemain);
+    m_moreRemain = moreRemain;
+}
+
 void ResultQuery::open(const QSqlDatabase &db, const QString &statement, qint64 recordLimit)
 {
     close();
     m_table = ResultFetcher::fetch(db, statement, recordLimit);
+    m_moreRemain = false;
     m_db = db;
     m_statement = statement;
     m_limit = recordLimit;
@@ -20,7 +39,8 @@ void ResultQuery::open(const QSqlDatabase &db, const QString &statement, qint64 
         m_source.writable = false;
         m_source.reason = QStringLiteral("The result has no columns");
     }
-    readNullability();
+    if (m_source.writable)
+        ResultNullability::read(m_db, m_source.table, *m_table);
     m_table->setReadOnly(isReadOnly());
 }
 
@@ -36,21 +56,7 @@ void ResultQuery::refresh()
 void ResultQuery::close()
 {
     m_table.reset();
-}
-
-void ResultQuery::readNullability()
-{
-    if (!m_source.writable)
-        return;
-    QStringList parts = m_source.table.split(QLatin1Char('.'));
-    for (QString &part : parts)
-        part = m_db.driver()->stripDelimiters(part, QSqlDriver::TableName);
-    const QSqlRecord record = m_db.record(parts.join(QLatin1Char('.')));
-    for (int col = 0; col < m_table->columnCount(); ++col) {
-        const int index = record.indexOf(m_table->column(col).name());
-        if (index >= 0 && record.field(index).requiredStatus() == QSqlField::Required)
-            m_table->column(col).setNullable(false);
-    }
+    m_moreRemain = false;
 }
 
 void ResultQuery::setReadOnly(bool readOnly)

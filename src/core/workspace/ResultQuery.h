@@ -7,9 +7,23 @@
 
 // One query's result as the result area works with it: the rows, where they came from, whether
 // and where edits can be written back, and the statement to run again on refresh.
+//
+// A result read by the run service arrives through adopt() and appendBatch(); open(), refresh()
+// and the write-back members work on a connection of the calling thread, for callers that
+// already run off the window's thread.
 class ResultQuery
 {
 public:
+    // Takes a result whose first rows were read elsewhere; moreRemain tells whether further rows
+    // can still be fetched.
+    void adopt(std::shared_ptr<ResultTable> table, const ResultSource &source, bool moreRemain);
+    // Adds a later batch of rows of the adopted result.
+    void appendBatch(ResultTable &&batch, bool moreRemain);
+    bool moreRemain() const { return m_moreRemain; }
+    // No further rows will be fetched (the cursor was ended); the rows so far stay.
+    void stopFetching() { m_moreRemain = false; }
+    std::shared_ptr<ResultTable> sharedTable() const { return m_table; }
+
     // Fetches the rows (at most recordLimit; <= 0 for all). Throws VantryError.
     void open(const QSqlDatabase &db, const QString &statement, qint64 recordLimit);
     // Runs the last statement again on the same connection.
@@ -34,12 +48,12 @@ public:
 
 private:
     void requireWritable() const;
-    void readNullability();
 
     QSqlDatabase m_db;
     QString m_statement;
     qint64 m_limit = 0;
     bool m_userReadOnly = false;
     ResultSource m_source;
-    std::unique_ptr<ResultTable> m_table;
+    std::shared_ptr<ResultTable> m_table;
+    bool m_moreRemain = false;
 };

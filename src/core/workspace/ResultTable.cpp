@@ -41,6 +41,20 @@ void ResultTable::finishFetch(bool truncated)
     m_truncated = truncated;
 }
 
+void ResultTable::appendBatch(ResultTable &&batch, bool moreRemain)
+{
+    if (!m_inserted.empty())
+        throw VantryError(QStringLiteral("Rows cannot be fetched while new rows are being added"));
+    if (batch.columnCount() != columnCount())
+        throw VantryError(QStringLiteral("A batch of %1 columns does not fit a result of %2")
+                              .arg(batch.columnCount())
+                              .arg(columnCount()));
+    for (int col = 0; col < columnCount(); ++col)
+        m_columns[size_t(col)].appendColumn(std::move(batch.m_columns[size_t(col)]));
+    m_fetchedRows = m_columns.empty() ? 0 : m_columns.front().rowCount();
+    m_truncated = moreRemain;
+}
+
 QVariant ResultTable::storedValue(qint64 row, int col) const
 {
     if (isInserted(row))

@@ -27,8 +27,12 @@ public:
 
     // Called by a fetcher after the last row; rows must have been appended to every column.
     void finishFetch(bool truncated);
+    // Appends the rows of a later batch of the same result (a table of the same columns) and
+    // says whether more rows remain on the server. Throws VantryError while rows are inserted,
+    // since those are numbered after the fetched ones.
+    void appendBatch(ResultTable &&batch, bool moreRemain);
     qint64 fetchedRows() const { return m_fetchedRows; }
-    // True when the record limit stopped the fetch before the end of the result.
+    // True when rows of the result remain unfetched (a record limit, or a fetch on demand).
     bool truncated() const { return m_truncated; }
 
     qint64 rowCount() const { return m_fetchedRows + qint64(m_inserted.size()); }

@@ -281,6 +281,30 @@ void ResultView::rebuild()
     }
 }
 
+bool ResultView::isIdentity() const
+{
+    if (m_sortColumn >= 0 || !m_groups.isEmpty())
+        return false;
+    for (const QString &filter : m_filters)
+        if (!filter.trimmed().isEmpty())
+            return false;
+    return true;
+}
+
+void ResultView::rowsAppended(qint64 firstNew)
+{
+    if (!isIdentity() || !m_table) {
+        rebuild();
+        return;
+    }
+    for (qint64 row = firstNew; row < m_table->rowCount(); ++row) {
+        if (m_table->isDeleted(row))
+            continue;
+        m_entries.push_back({row, -1, 0});
+        ++m_dataRows;
+    }
+}
+
 qint64 ResultView::indexOf(qint64 row) const
 {
     for (size_t i = 0; i < m_entries.size(); ++i)

@@ -32,6 +32,11 @@ public:
 
     // Recomputes the entries from the table and the settings above.
     void rebuild();
+    // True when the view shows every row in table order (no filter, sort or grouping).
+    bool isIdentity() const;
+    // After rows were appended to the table from `firstNew` on: an identity view takes them as
+    // they are, any other view is rebuilt.
+    void rowsAppended(qint64 firstNew);
 
     qint64 size() const { return qint64(m_entries.size()); }
     // Data rows among the entries (the size without group headers).

@@ -411,3 +411,18 @@ void ResultWriteBack::deleteRow(ResultTable &result, qint64 row)
         throw VantryError(QStringLiteral("The result is read-only"));
     run(result, snapshotDelete(result, row, m_table));
 }
+
+std::optional<RowOutcome> ResultWriteBack::writeToDatabase(const ResultTable &result, qint64 row)
+{
+    const std::optional<RowChange> change = snapshotPost(result, row, m_table);
+    if (!change)
+        return std::nullopt;
+    return apply(m_db, *change, m_keys);
+}
+
+RowOutcome ResultWriteBack::deleteInDatabase(const ResultTable &result, qint64 row)
+{
+    if (result.isReadOnly())
+        throw VantryError(QStringLiteral("The result is read-only"));
+    return apply(m_db, snapshotDelete(result, row, m_table), m_keys);
+}

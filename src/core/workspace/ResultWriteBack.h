@@ -33,6 +33,12 @@ public:
     // Deletes the row in the database (a row not yet inserted is only dropped) and marks it.
     void deleteRow(ResultTable &result, qint64 row);
 
+    // The database half of the two above for a caller that reads the table on the connection's
+    // thread while the grid waits: snapshot and apply in one. The caller accepts the outcome on
+    // its own thread (accept(), or acceptRow and markDeleted, which keep no values read back).
+    std::optional<RowOutcome> writeToDatabase(const ResultTable &result, qint64 row);
+    RowOutcome deleteInDatabase(const ResultTable &result, qint64 row);
+
 private:
     void run(ResultTable &result, const RowChange &change);
 

@@ -3,6 +3,8 @@
 #include "app/SqlErrorText.h"
 #include "app/SqlHistory.h"
 #include "app/VantryError.h"
+#include "workspace/EngineCancel.h"
+#include "workspace/SqliteScript.h"
 
 #include <QSqlError>
 #include <QSqlQuery>
@@ -69,10 +71,28 @@ QString oracleTableQuery(const QString &table)
     return QStringLiteral("select rowid,") + table + QStringLiteral(".* from ") + table;
 }
 
-void executeCommand(const QSqlDatabase &db, const QString &statement)
+void executeCommand(const QSqlDatabase &db, const QString &statement, EngineCancel *cancel)
 {
+    if (SqliteScript::execute(db, statement))
+        return;
     QSqlQuery query(db);
+    if (cancel && db.driverName() == QLatin1String("QODBC")) {
+        // The statement handle exists once prepared; a cancel can reach it from then on.
+        if (!query.prepare(statement))
+            throw VantryError(sqlErrorText(query.lastError()));
+        cancel->watchStatement(&query);
+        const bool ok = query.exec();
+        cancel->watchStatement(nullptr);
+        if (!ok)
+            throw VantryError(sqlErrorText(query.lastError()));
+        return;
+    }
     if (!query.exec(statement))
+        throw VantryError(sqlErrorText(query.lastError()));
+    // Later statements of a multi-statement text report their errors as their results are read.
+    while (query.nextResult()) {
+    }
+    if (query.lastError().isValid())
         throw VantryError(sqlErrorText(query.lastError()));
 }
 

@@ -3,6 +3,7 @@
 #include <QString>
 #include <QStringList>
 
+class EngineCancel;
 class SqlHistory;
 
 // What a run does with the editor's text, free of widgets.
@@ -30,7 +31,10 @@ QString shortTextQuery(const QString &table);
 // All rows of `table` on the Oracle path, with each row's ROWID in front.
 QString oracleTableQuery(const QString &table);
 
-// Executes a statement that returns no rows; throws VantryError with the driver's text.
-void executeCommand(const QSqlDatabase &db, const QString &statement);
+// Executes a statement that returns no rows; throws VantryError with the driver's text. A text of
+// several statements separated by ";" runs whole where the engine takes several statements in one
+// call (SQLite, PostgreSQL, MariaDB); elsewhere the engine's own error comes back. `cancel`, when
+// given, learns the running statement (engines that cancel statements rather than connections).
+void executeCommand(const QSqlDatabase &db, const QString &statement, EngineCancel *cancel = nullptr);
 
 } // namespace SqlRun

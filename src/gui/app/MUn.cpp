@@ -10,6 +10,7 @@
 #include "workspace/SqlUn.h"
 
 #include <QAction>
+#include <QPointer>
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QDesktopServices>
@@ -211,6 +212,20 @@ void TMFrm::PCChange(int index)
 
 void TMFrm::PCClosePage(int index)
 {
+    // Unposted edits of the tab are saved or discarded first, or the tab stays.
+    QPointer<QWidget> page = PC->widget(index);
+    if (auto *frame = qobject_cast<TSqlFrm *>(page.data()); frame && frame->hasPendingEdits()) {
+        frame->whenEditsResolved([this, page] {
+            if (page)
+                removePage(PC->indexOf(page));
+        });
+        return;
+    }
+    removePage(index);
+}
+
+void TMFrm::removePage(int index)
+{
     // The rule looks at the active page, not at the page being closed: closing an inactive tab
     // also moves the selection one page to the left. Deliberate; keep it.
     const int active = PC->currentIndex();
@@ -254,6 +269,17 @@ void TMFrm::FormShow()
 
 void TMFrm::closeEvent(QCloseEvent *event)
 {
+    // Quitting with unposted edits: each tab's edits are saved or discarded first, then the
+    // window closes again; a cancel keeps it open.
+    for (int i = 0; i < PC->count(); ++i) {
+        auto *frame = qobject_cast<TSqlFrm *>(PC->widget(i));
+        if (frame && frame->hasPendingEdits()) {
+            event->ignore();
+            PC->setCurrentIndex(i);
+            frame->whenEditsResolved([this] { QMetaObject::invokeMethod(this, &QWidget::close, Qt::QueuedConnection); });
+            return;
+        }
+    }
     FormDestroy();
     QMainWindow::closeEvent(event);
 }

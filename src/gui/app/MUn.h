@@ -28,6 +28,7 @@ public slots:
     void AddPage();
     void PCChange(int index);
     void PCClosePage(int index);
+    void removePage(int index);
     void showAbout();
     // The View items' check marks follow the current tab's panel toggles.
     void syncViewChecks();

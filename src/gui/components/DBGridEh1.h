@@ -24,6 +24,8 @@ public:
 
     // Hands the value of an open cell editor to the model and closes the editor.
     void commitEditor();
+    // A cell editor is open.
+    bool isEditing() const { return state() == QAbstractItemView::EditingState; }
     // Re-reads the rows after inserts, deletes or posts, keeping the current cell on its row.
     void refreshRows();
     // Table row of the current cell, -1 when there is none or it is a group header.

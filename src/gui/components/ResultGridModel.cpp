@@ -22,6 +22,21 @@ void ResultGridModel::refresh()
     endResetModel();
 }
 
+void ResultGridModel::rowsAppended(qint64 firstNew)
+{
+    if (!m_view.isIdentity()) {
+        refresh();
+        return;
+    }
+    const qint64 before = m_view.size();
+    const qint64 after = before + (m_table ? m_table->rowCount() - firstNew : 0);
+    if (after <= before)
+        return;
+    beginInsertRows({}, int(before), int(after - 1));
+    m_view.rowsAppended(firstNew);
+    endInsertRows();
+}
+
 qint64 ResultGridModel::tableRow(int modelRow) const
 {
     if (modelRow < 0 || modelRow >= m_view.size())

@@ -18,6 +18,9 @@ public:
     ResultView &view() { return m_view; }
     // Re-applies filters, sort and grouping after a change of any of them or of the rows.
     void refresh();
+    // Shows the rows appended to the table from `firstNew` on: inserted at the end when the view
+    // shows rows in table order, else by a refresh.
+    void rowsAppended(qint64 firstNew);
 
     // The table row shown at a model row; -1 for a group header.
     qint64 tableRow(int modelRow) const;

@@ -5,11 +5,13 @@
 #include "components/ResultFindDialog.h"
 #include "components/ResultGridModel.h"
 #include "components/ResultGroupingPanel.h"
+#include "workspace/ResultWriteBack.h"
 
 #include <QAction>
 #include <QLabel>
 #include <QMenu>
 #include <QMessageBox>
+#include <QScrollBar>
 #include <QStyle>
 #include <QToolBar>
 #include <QToolButton>
@@ -78,6 +80,14 @@ ResultPanel::ResultPanel(QWidget *parent) : QWidget(parent)
             item->setEnabled(action->isEnabled());
         });
     }
+    QAction *setNull = new QAction(QStringLiteral("Set to NULL"), this);
+    setNull->setObjectName(QStringLiteral("SetNull1"));
+    setNull->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_0));
+    setNull->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    setNull->setShortcutVisibleInContextMenu(true);
+    addAction(setNull);
+    m_menu->addAction(setNull);
+    connect(setNull, &QAction::triggered, this, &ResultPanel::SetNull1Click);
     m_grid->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(m_grid, &QWidget::customContextMenuRequested, this,
             [this](const QPoint &pos) { m_menu->exec(m_grid->viewport()->mapToGlobal(pos)); });
@@ -90,7 +100,20 @@ ResultPanel::ResultPanel(QWidget *parent) : QWidget(parent)
         setGroupColumns(columns);
     });
     connect(m_grouping, &ResultGroupingPanel::columnsChanged, this, &ResultPanel::setGroupColumns);
-    connect(m_grid->gridModel(), &QAbstractItemModel::modelReset, this, &ResultPanel::updateState);
+    connect(m_grid->gridModel(), &QAbstractItemModel::modelReset, this, [this] {
+        // Sorting, filtering and grouping need every row of the result.
+        if (m_query.moreRemain() && !m_grid->gridModel()->view().isIdentity())
+            fetchAll();
+        updateState();
+    });
+    connect(m_grid->verticalScrollBar(), &QScrollBar::valueChanged, this, &ResultPanel::fetchIfNearEnd);
+    m_grid->installEventFilter(this);
+    // Enter on an edited cell writes its row, as leaving the row does.
+    connect(m_grid->itemDelegate(), &QAbstractItemDelegate::closeEditor, this,
+            [this](QWidget *, QAbstractItemDelegate::EndEditHint hint) {
+                if (hint == QAbstractItemDelegate::SubmitModelCache)
+                    postRowIfPending(m_grid->currentTableRow());
+            });
     // Leaving a row writes its edits, as moving off an edited record does in any data grid.
     connect(m_grid, &DBGridEh1::currentTableRowChanged, this,
             [this](qint64 previous, qint64) { postRowIfPending(previous); });
@@ -142,27 +165,11 @@ void ResultPanel::guarded(Fn fn)
     updateState();
 }
 
-void ResultPanel::openQuery(const QSqlDatabase &db, const QString &statement, qint64 recordLimit)
-{
-    closeResult();
-    m_query.open(db, statement, recordLimit);
-    showResult();
-}
-
-void ResultPanel::showResult()
-{
-    m_query.setReadOnly(readOnlyDown());
-    m_grid->setResult(m_query.table());
-    setGroupColumns({});
-    if (optimizeWidthDown())
-        m_grid->optimizeColumnWidths();
-    updateState();
-}
-
 void ResultPanel::closeResult()
 {
     m_grid->setResult(nullptr);
     m_query.close();
+    m_fetching = m_fetchingAll = false;
     if (m_find)
         m_find->hide();
     updateState();
@@ -174,15 +181,23 @@ void ResultPanel::updateState()
     const bool editable = open && !m_query.isReadOnly();
     for (const char *name : {"tbAdd", "tbDelete", "tbClone"})
         findChild<QAction *>(QString::fromLatin1(name))->setEnabled(editable);
-    findChild<QAction *>(QStringLiteral("tbPost"))->setEnabled(editable && !m_query.table()->pendingRows().isEmpty());
-    findChild<QAction *>(QStringLiteral("tbRefresh"))->setEnabled(!m_query.statement().isEmpty());
+    // Post stays enabled while the result can be edited: a cell being typed into is an edit too.
+    findChild<QAction *>(QStringLiteral("tbPost"))->setEnabled(editable);
+    findChild<QAction *>(QStringLiteral("SetNull1"))->setEnabled(editable);
+    findChild<QAction *>(QStringLiteral("tbRefresh"))->setEnabled(m_hasQuery || !m_query.statement().isEmpty());
     if (!open) {
         m_status->clear();
         return;
     }
     const ResultTable *table = m_query.table();
     const qint64 shown = m_grid->gridModel()->view().dataRows();
-    QString text = QStringLiteral("%1 rows%2").arg(table->fetchedRows()).arg(table->truncated() ? QStringLiteral(" (record limit reached)") : QString());
+    QString text = QStringLiteral("%1 rows").arg(table->fetchedRows());
+    if (m_fetchingAll)
+        text += QStringLiteral(" fetched, fetching the rest...");
+    else if (m_query.moreRemain())
+        text += QStringLiteral(" fetched, more remain");
+    else if (table->truncated())
+        text += QStringLiteral(" (not all rows were fetched)");
     if (shown != table->rowCount())
         text += QStringLiteral(", %1 shown").arg(shown);
     if (!m_query.source().writable)
@@ -199,43 +214,16 @@ void ResultPanel::setGroupColumns(const QVector<int> &columns)
     m_grid->setGroupColumns(columns);
 }
 
-void ResultPanel::postRowIfPending(qint64 row)
-{
-    if (m_posting || row < 0 || !m_query.isOpen() || m_query.isReadOnly())
-        return;
-    const auto state = m_query.table()->rowState(row);
-    if (state != ResultTable::RowState::Modified && state != ResultTable::RowState::Inserted)
-        return;
-    m_posting = true;
-    guarded([&] { m_query.post(row); });
-    m_posting = false;
-}
-
-void ResultPanel::Refresh1Click()
-{
-    guarded([&] {
-        m_query.refresh();
-        showResult();
-    });
-}
-
 void ResultPanel::Add1Click()
 {
     if (!m_query.isOpen() || m_query.isReadOnly())
         return;
+    stopFetchingForEdit();
     guarded([&] {
         const qint64 row = m_query.table()->insertRow();
         m_grid->refreshRows();
         m_grid->setCurrentTableRow(row, 0);
     });
-}
-
-void ResultPanel::tbPostClick()
-{
-    if (!m_query.isOpen() || m_query.isReadOnly())
-        return;
-    m_grid->commitEditor();
-    guarded([&] { m_query.postPending(); });
 }
 
 void ResultPanel::Delete1Click()
@@ -245,11 +233,39 @@ void ResultPanel::Delete1Click()
     const QList<qint64> rows = m_grid->selectedTableRows();
     if (rows.isEmpty() || !m_confirmDelete(int(rows.size())))
         return;
-    guarded([&] {
-        for (qint64 row : rows)
-            m_query.remove(row);
-    });
+    stopFetchingForEdit();
+    std::shared_ptr<ResultTable> table = m_query.sharedTable();
+    const QString target = m_query.source().table;
+    // Rows only added here need no database work; the others are deleted on the connection's
+    // thread, and marked here once the database has let them go.
+    QList<qint64> stored;
+    for (qint64 row : rows) {
+        if (table->rowState(row) == ResultTable::RowState::Inserted)
+            table->markDeleted(row);
+        else
+            stored << row;
+    }
     m_grid->refreshRows();
+    if (stored.isEmpty() || !m_run)
+        return;
+    auto deleted = std::make_shared<QList<qint64>>();
+    m_run->onConnection(
+        [table, target, stored, deleted](const QSqlDatabase &db) {
+            ResultWriteBack writer(db, target);
+            for (qint64 row : stored) {
+                writer.deleteInDatabase(*table, row);
+                deleted->append(row);
+            }
+        },
+        [this, table, deleted](const QString &error) {
+            for (qint64 row : *deleted)
+                table->markDeleted(row);
+            if (table == m_query.sharedTable())
+                m_grid->refreshRows();
+            if (!error.isEmpty())
+                emit commandFailed(error);
+            updateState();
+        });
 }
 
 void ResultPanel::tbCloneClick()
@@ -257,6 +273,7 @@ void ResultPanel::tbCloneClick()
     const qint64 source = m_grid->currentTableRow();
     if (!m_query.isOpen() || m_query.isReadOnly() || source < 0)
         return;
+    stopFetchingForEdit();
     guarded([&] {
         const qint64 row = m_query.table()->cloneRow(source);
         m_grid->refreshRows();
@@ -328,4 +345,18 @@ void ResultPanel::setShowGrouppingDown(bool down)
 {
     findChild<QAction *>(QStringLiteral("tbShowGroupping"))->setChecked(down);
     tbShowGrouppingClick();
+}
+
+void ResultPanel::SetNull1Click()
+{
+    const QModelIndex index = m_grid->currentIndex();
+    const qint64 row = m_grid->currentTableRow();
+    if (!m_query.isOpen() || m_query.isReadOnly() || row < 0 || !index.isValid())
+        return;
+    guarded([&] {
+        const ResultColumn &column = m_query.table()->column(index.column());
+        if (!column.nullable())
+            throw VantryError(QStringLiteral("Column %1 does not accept NULL").arg(column.name()));
+        m_query.table()->setValue(row, index.column(), QVariant());
+    });
 }

@@ -1,5 +1,6 @@
 #pragma once
 #include "workspace/ResultQuery.h"
+#include "workspace/RunService.h"
 
 #include <QWidget>
 #include <functional>
@@ -13,8 +14,10 @@ class ResultFindDialog;
 class ResultGroupingPanel;
 
 // The result area Panel3 of a workspace tab: the grid toolbar and the grid DBGridEh1 with its
-// commands. The tab opens a query here and closes it; errors of openQuery are VantryError for
-// the tab to log, and errors of the toolbar commands arrive through commandFailed.
+// commands. The tab's run service opens a query and hands its first rows here; further rows are
+// fetched through the service as the user scrolls towards the end, jumps to the last row, or
+// sorts, filters or groups. Edits are written back through the service too, so the window never
+// waits on the database. Errors of the commands arrive through commandFailed.
 class ResultPanel : public QWidget
 {
     Q_OBJECT
@@ -22,11 +25,23 @@ public:
     explicit ResultPanel(QWidget *parent = nullptr);
     ~ResultPanel() override;
 
-    // Fetches the rows of a SELECT (at most recordLimit) and shows them; fits the column widths
-    // when tbOptimizeWidth is down. Throws VantryError.
-    void openQuery(const QSqlDatabase &db, const QString &statement, qint64 recordLimit);
+    // The service that fetches, refreshes and writes back; `options` gives the batch size and the
+    // memory limit of the next refresh.
+    void setRunService(RunService *run, std::function<RunService::Options()> options);
+    // Shows a result's first rows; fits the column widths when tbOptimizeWidth is down.
+    void showResult(std::shared_ptr<ResultTable> table, const ResultSource &source, bool moreRemain);
+    // Adds a later batch of rows of the shown result.
+    void appendRows(std::shared_ptr<ResultTable> batch, bool moreRemain);
+    // Fetching stopped early (cancel, memory limit, error): no more rows come.
+    void fetchingStopped();
+    // Reads every remaining row (export, sort, filter and grouping need them all).
+    void fetchAll();
     // Drops the result.
     void closeResult();
+    // Unposted edits are never dropped: with none, `proceed` runs at once; otherwise the user is
+    // asked to save (post, then proceed once written), discard (then proceed) or cancel.
+    void resolvePendingEdits(std::function<void()> proceed);
+    bool hasPendingEdits() const;
     bool isResultOpen() const { return m_query.isOpen(); }
     ResultQuery &query() { return m_query; }
     DBGridEh1 *grid() const { return m_grid; }
@@ -42,11 +57,15 @@ public:
 
     // Asked before Delete1Click deletes; the default shows a question box. Tests replace it.
     void setDeleteConfirmation(std::function<bool(int rows)> confirm) { m_confirmDelete = std::move(confirm); }
+    enum class PendingChoice { Save, Discard, Cancel };
+    // Asked when unposted edits stand in the way of another command; tests replace it.
+    void setPendingEditsQuestion(std::function<PendingChoice()> ask) { m_askPending = std::move(ask); }
 
 public slots:
     void Refresh1Click();        // re-runs the last query on the same connection (F5)
     void Add1Click();            // appends a new row (Ins)
     void tbPostClick();          // writes the pending rows to the database
+    void SetNull1Click();        // sets the current cell to NULL (Ctrl+0)
     void Delete1Click();         // deletes the selected rows after a confirmation (Ctrl+Del)
     void tbCloneClick();         // appends a copy of the current row
     void Find1Click();           // the grid's find dialog (Ctrl+F)
@@ -62,9 +81,16 @@ private:
     QAction *addButton(const char *name, const QString &caption, const QString &hint, const QKeySequence &shortcut = {});
     template<typename Fn>
     void guarded(Fn fn);
-    void showResult();
+    void showRows();
     void updateState();
     void postRowIfPending(qint64 row);
+    // Writes the pending rows through the service; `then` runs once all are written.
+    void postPending(std::function<void()> then);
+    void requestRows(qint64 rows);
+    void fetchIfNearEnd();
+    // Ends the on-demand fetch before the result is changed here (edits, inserts).
+    void stopFetchingForEdit();
+    bool eventFilter(QObject *watched, QEvent *event) override;
     void setGroupColumns(const QVector<int> &columns);
 
     ResultQuery m_query;
@@ -75,5 +101,11 @@ private:
     QMenu *m_menu;
     ResultFindDialog *m_find = nullptr;
     std::function<bool(int)> m_confirmDelete;
+    std::function<PendingChoice()> m_askPending;
+    RunService *m_run = nullptr;
+    std::function<RunService::Options()> m_options;
     bool m_posting = false;
+    bool m_fetching = false;     // a fetch of rows is under way
+    bool m_fetchingAll = false;  // ... and it reads every remaining row
+    bool m_hasQuery = false;     // a query was shown since the tab opened: Refresh can run
 };

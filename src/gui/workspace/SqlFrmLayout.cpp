@@ -130,6 +130,10 @@ private:
         handle(tool(tb2, "tbRunSQL", QStringLiteral("Run"), QStringLiteral("Run Sql")), &QToolButton::clicked, &TSqlFrm::ToolButton7Click);
         handle(tool(tb2, "tbRunScript", QStringLiteral("Script"), QStringLiteral("Run as script")),
                          &QToolButton::clicked, &TSqlFrm::tbRunScriptClick);
+        // Stops the running statement, script or fetch (Esc in the tab); enabled while one runs.
+        QToolButton *stop = tool(tb2, "tbCancelRun", QStringLiteral("Cancel"), QStringLiteral("Cancel the running statement (Esc)"));
+        stop->setEnabled(false);
+        handle(stop, &QToolButton::clicked, &TSqlFrm::tbCancelRunClick);
         handle(tool(tb2, "tbSQLBuilder", QStringLiteral("Builder"), QStringLiteral("Sql Builder")),
                          &QToolButton::clicked, &TSqlFrm::tbSqlBuilderClick);
         f->peSeparator = new QComboBox(tb2);

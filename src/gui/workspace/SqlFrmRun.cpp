@@ -1,13 +1,14 @@
 // Running the editor's text: one statement (Run SQL), a script cut at delimiter lines (Run as
-// Script), the table list's click, and the history steps. Everything runs on the UI thread; after
-// "Executing" pending events run so the status shows before a long statement blocks the window.
+// Script), the table list's click, and the history steps. The handlers read the editor and hand
+// the work to the tab's run service; its reports fill the log, the status bar and the grid.
 #include "app/MdmUn.h"
 #include "app/SqlHistory.h"
 #include "app/UserMessages.h"
 #include "app/VantryError.h"
-#include "components/BusyCursor.h"
+#include "components/DBGridEh1.h"
 #include "workspace/ResultPanel.h"
 #include "workspace/SqlLogFrameUn.h"
+#include "workspace/SqlFrmSettings.h"
 #include "workspace/SqlRun.h"
 #include "workspace/TableFilter.h"
 #include "workspace/SqlUn.h"
@@ -22,25 +23,61 @@
 #include <QSpinBox>
 #include <QToolButton>
 
-template <typename Work> void TSqlFrm::logged(const QString &statement, Work work)
+void TSqlFrm::connectRunService()
 {
-    setStatus(QStringLiteral("Executing"));
-    QApplication::processEvents();
-    LogPanel->SetSQL(statement);
-    try {
-        work();
+    connect(m_run, &RunService::statusChanged, this, &TSqlFrm::setStatus);
+    connect(m_run, &RunService::statementStarted, LogPanel, &TSqlLogFrame::SetSQL);
+    connect(m_run, &RunService::messageLogged, LogPanel, &TSqlLogFrame::SetMessage);
+    connect(m_run, &RunService::busyChanged, this, &TSqlFrm::runBusyChanged);
+    connect(m_run, &RunService::resultOpened, this,
+            [this](std::shared_ptr<ResultTable> table, const ResultSource &source, bool moreRemain) {
+                Panel3->showResult(std::move(table), source, moreRemain);
+                Panel3->grid()->setFocus();
+            });
+    connect(m_run, &RunService::rowsFetched, Panel3, &ResultPanel::appendRows);
+    connect(m_run, &RunService::fetchStopped, this, [this](const QString &reason) {
+        Panel3->fetchingStopped();
+        LogPanel->SetSQL(Panel3->query().source().table.isEmpty() ? QStringLiteral("(fetch)") : Panel3->query().source().table);
+        LogPanel->SetMessage(reason, 2);
+    });
+    connect(m_run, &RunService::tablesListed, this, [this](const QStringList &names) {
         setStatus(QStringLiteral("OK."));
-        LogPanel->SetMessage(QStringLiteral("OK."), 0);
-    } catch (const VantryError &e) {
-        LogPanel->SetMessage(e.message(), 2);
-        setStatus(QStringLiteral("Error"));
-    }
+        setTableNames(names);
+    });
+    // The table list is not a statement of the log: its failures go to the error box.
+    connect(m_run, &RunService::tablesFailed, this,
+            [this](const QString &message) { UserMessages::error(this, message); });
+    Panel3->setRunService(m_run, [this] { return runOptions(); });
+}
+
+RunService::Options TSqlFrm::runOptions()
+{
+    RunService::Options options;
+    options.batchRows = seRecords->value();
+    // On the ADO path the record limit is a maximum record count; elsewhere it is the size of
+    // each batch fetched on demand.
+    options.capAtFirstBatch = accessPathFor(GetConnection().ConnectionType) == AccessPath::Ado;
+    options.memoryBudget = m_services.settings ? SqlFrmSettings::resultMemoryBudget(*m_services.settings) : 0;
+    return options;
+}
+
+void TSqlFrm::runBusyChanged(bool busy)
+{
+    for (const char *name : {"tbRunSQL", "tbRunScript"})
+        button(name)->setEnabled(!busy);
+    button("tbCancelRun")->setEnabled(busy);
+    lbTablesList->setEnabled(!busy);
+}
+
+void TSqlFrm::tbCancelRunClick()
+{
+    m_run->cancel();
 }
 
 void TSqlFrm::logFailure(const QString &statement, const QString &message)
 {
-    // A failure before the statement reached the log (connecting, finding the table) still gets
-    // a row of its own, so every error is in the log.
+    // A failure before the statement reached the log (finding the table) still gets a row of its
+    // own, so every error is in the log.
     LogPanel->SetSQL(statement);
     LogPanel->SetMessage(message, 2);
     setStatus(QStringLiteral("Error"));
@@ -59,14 +96,6 @@ QString TSqlFrm::selectedTable() const
     return item->text();
 }
 
-void TSqlFrm::runQuery(const QString &statement)
-{
-    // The Oracle path fetches on demand and applies no record limit.
-    const qint64 limit = onOraclePath() ? 0 : seRecords->value();
-    Panel3->openQuery(m_connection.database(), statement, limit);
-    Panel3->setFocus();
-}
-
 bool TSqlFrm::hasTextToRun()
 {
     if (!se->text().trimmed().isEmpty())
@@ -75,39 +104,41 @@ bool TSqlFrm::hasTextToRun()
     return false;
 }
 
+void TSqlFrm::whenEditsResolved(std::function<void()> proceed)
+{
+    Panel3->resolvePendingEdits(std::move(proceed));
+}
+
+bool TSqlFrm::hasPendingEdits() const
+{
+    return Panel3->hasPendingEdits();
+}
+
 void TSqlFrm::ToolButton7Click()
 {
-    if (!hasTextToRun())
+    if (isRunning() || !hasTextToRun())
         return;
-    if (button("cbAutoClearLog")->isChecked())
-        LogPanel->Clear();
-    BusyCursor busy;
-    Panel3->closeResult();
-    try {
-        connectCurrent();  // every run reconnects
-        if (se->text().size() < 4)
-            se->setText(SqlRun::shortTextQuery(selectedTable()));
-    } catch (const VantryError &e) {
-        logFailure(SqlRun::statementText(se->selectedText(), se->text()), e.message());
-        return;
-    }
-    const QString statement = SqlRun::statementText(se->selectedText(), se->text());
-    if (statement.isEmpty())
-        return;
-    logged(statement, [&] {
-        if (SqlRun::isQuery(statement))
-            runQuery(statement);
-        else
-            SqlRun::executeCommand(m_connection.database(), statement);
-        SqlHistory &history = m_services.catalogue->history();
-        if (SqlRun::shouldRecord(history, statement))
-            history.append(statement);
+    Panel3->resolvePendingEdits([this] {
+        if (button("cbAutoClearLog")->isChecked())
+            LogPanel->Clear();
+        Panel3->closeResult();
+        if (se->text().size() < 4) {
+            try {
+                se->setText(SqlRun::shortTextQuery(selectedTable()));
+            } catch (const VantryError &e) {
+                logFailure(SqlRun::statementText(se->selectedText(), se->text()), e.message());
+                return;
+            }
+        }
+        const QString statement = SqlRun::statementText(se->selectedText(), se->text());
+        if (!statement.isEmpty())
+            m_run->runStatement(GetConnection(), statement, runOptions());
     });
 }
 
 void TSqlFrm::tbRunScriptClick()
 {
-    if (!hasTextToRun())
+    if (isRunning() || !hasTextToRun())
         return;
     const QString delimiter = peSeparator->currentText();
     if (delimiter.isEmpty()) {
@@ -116,36 +147,28 @@ void TSqlFrm::tbRunScriptClick()
     }
     if (button("cbAutoClearLog")->isChecked())
         LogPanel->Clear();
-    BusyCursor busy;
-    try {
-        connectCurrent();
-    } catch (const VantryError &e) {
-        logFailure(se->text(), e.message());
-        return;
-    }
     // Chunks run as commands, never as queries; a failing chunk does not stop the script.
-    for (const QString &chunk : SqlRun::scriptChunks(se->text(), delimiter))
-        logged(chunk, [&] { SqlRun::executeCommand(m_connection.database(), chunk); });
+    m_run->runScript(GetConnection(), SqlRun::scriptChunks(se->text(), delimiter));
 }
 
 void TSqlFrm::lbTablesListClick()
 {
+    if (isRunning())
+        return;
     const QListWidgetItem *item = lbTablesList->currentItem();
     const QString table = item ? item->text() : QString();
-    QString statement = QStringLiteral("select * from ") + table;
-    BusyCursor busy;
-    try {
-        selectedTable();  // nothing chosen: the lookup's error goes to the log
-        connectCurrent();
-        Panel3->closeResult();
-        if (onOraclePath())
-            statement = SqlRun::oracleTableQuery(table);
-    } catch (const VantryError &e) {
-        logFailure(statement, e.message());
+    if (!item) {
+        logFailure(QStringLiteral("select * from "), QStringLiteral("No table is selected in the table list."));
         return;
     }
-    // The editor and the history are left alone: a table click only shows the rows.
-    logged(statement, [&] { runQuery(statement); });
+    Panel3->resolvePendingEdits([this, table] {
+        GetConnection();
+        Panel3->closeResult();
+        // The editor and the history are left alone: a table click only shows the rows.
+        const QString statement = onOraclePath() ? SqlRun::oracleTableQuery(table)
+                                                 : QStringLiteral("select * from ") + table;
+        m_run->openTable(GetConnection(), statement, runOptions());
+    });
 }
 
 void TSqlFrm::JvIncSearchChange()

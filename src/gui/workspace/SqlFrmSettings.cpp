@@ -1,5 +1,6 @@
 #include "workspace/SqlFrmSettings.h"
 
+#include "app/PhysicalMemory.h"
 #include "app/SettingsStore.h"
 #include "workspace/ResultPanel.h"
 #include "workspace/SqlUn.h"
@@ -119,3 +120,10 @@ void save(TSqlFrm *frame, SettingsStore &store)
 }
 
 } // namespace SqlFrmSettings
+
+qint64 SqlFrmSettings::resultMemoryBudget(const SettingsStore &store)
+{
+    constexpr qint64 MB = 1024 * 1024;
+    const qint64 fallback = std::max<qint64>(physicalMemoryBytes() / 4 / MB, 256);
+    return qint64(store.readInt(kPath, QStringLiteral("ResultMemoryLimitMB"), int(fallback))) * MB;
+}

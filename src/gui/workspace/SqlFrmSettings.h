@@ -1,4 +1,5 @@
 #pragma once
+#include <QtGlobal>
 
 class SettingsStore;
 class TSqlFrm;
@@ -9,5 +10,9 @@ namespace SqlFrmSettings {
 
 void restore(TSqlFrm *frame, SettingsStore &store);
 void save(TSqlFrm *frame, SettingsStore &store);
+
+// Bytes the rows of one result may take before fetching stops: "ResultMemoryLimitMB" under
+// "SQL\", by default a quarter of the machine's physical memory.
+qint64 resultMemoryBudget(const SettingsStore &store);
 
 } // namespace SqlFrmSettings

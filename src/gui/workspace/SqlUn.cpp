@@ -1,5 +1,6 @@
 #include "workspace/SqlUn.h"
 
+#include "app/MdmUn.h"
 #include "app/StatusMessage.h"
 #include "components/BusyCursor.h"
 #include "components/DBGridEh1.h"
@@ -34,8 +35,10 @@ TSqlFrm::TSqlFrm(const AppServices &services, QObject *mainWindow, QWidget *pare
     setObjectName(QStringLiteral("SqlFrm"));
     m_connections = new ConnectionList(services.catalogue, this);
     m_connectionModel = new ConnectionGridModel(m_connections, this);
-    m_connection.setStatusCallback([this](const QString &text) { setStatus(text); });
+    m_run = new RunService(this);
+    m_run->setHistory(services.catalogue ? &services.catalogue->history() : nullptr);
     buildSqlFrm(this);
+    connectRunService();
 }
 
 TSqlFrm::~TSqlFrm() = default;
@@ -106,7 +109,6 @@ void TSqlFrm::tbShowLogClick()
         LogPanel->setVisible(false);
         return;
     }
-    QApplication::processEvents();
     LogPanel->setVisible(true);
     QList<int> sizes = Splitter1->sizes();
     if (sizes.size() == 3 && sizes[2] < 150) {
@@ -174,23 +176,14 @@ void TSqlFrm::setFixedConnection(const TReaderConnection &record)
     m_fixedRecord = true;
 }
 
-void TSqlFrm::connectCurrent()
-{
-    m_connection.connect(GetConnection());
-}
-
 void TSqlFrm::cbConListClick()
 {
     lbTablesList->clear();
     lb->clear();
-    BusyCursor busy;
     const bool systemTables = button("tbShowSystemTables")->isChecked();
     const TReaderConnection record = GetConnection();
-    QStringList names;
-    if (m_services.discovery)
-        m_services.discovery->GetTablesListR(record, names, true, systemTables);
-    setStatus(QStringLiteral("OK."));
-    setTableNames(names);
+    // The names arrive through tablesListed once the worker has read them.
+    m_run->listTables(record, systemTables);
     // Only the page's caption changes: the paths stay as they are until the next run.
     for (QWidget *w = parentWidget(); w; w = w->parentWidget()) {
         if (auto *pager = qobject_cast<QTabWidget *>(w)) {
@@ -243,5 +236,5 @@ void TSqlFrm::N7Click()
     lb->clear();
     lbTablesList->clear();
     // Only the universal and ADO paths close here; an Oracle session is deliberately left open.
-    m_connection.closeConnection();
+    m_run->closeConnection();
 }

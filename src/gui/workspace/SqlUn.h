@@ -1,6 +1,7 @@
 #pragma once
 #include "app/AppServices.h"
 #include "connections/WorkspaceConnection.h"
+#include "workspace/RunService.h"
 #include "connections/vtrIL.h"
 
 #include <QWidget>
@@ -28,13 +29,19 @@ class TSqlFrm : public QWidget
 public:
     TSqlFrm(const AppServices &services, QObject *mainWindow, QWidget *parent = nullptr);
     ~TSqlFrm() override;
+    // Before the tab closes or the program quits: with unposted edits in the grid the user saves
+    // them (proceed runs once they are written), discards them (proceed runs) or cancels.
+    void whenEditsResolved(std::function<void()> proceed);
+    bool hasPendingEdits() const;
 
     ConnectionList *mdsConnections() const { return m_connections; }
     QComboBox *cbStyle() const { return m_cbStyle; }
     QsciScintilla *editor() const { return se; }
     TSqlLogFrame *log() const { return LogPanel; }
     ResultPanel *resultPanel() const { return Panel3; }
-    WorkspaceConnection &connection() { return m_connection; }
+    RunService *runService() const { return m_run; }
+    // A statement, script, fetch or table listing of this tab is under way.
+    bool isRunning() const { return m_run->isBusy(); }
     QListWidget *tablesList() const { return lbTablesList; }
 
     // Stored settings under "SQL\", shared by every tab.
@@ -48,8 +55,6 @@ public:
     TReaderConnection GetConnection();
     // A frame that works on one handed-in record instead of the connection grid (the table browser).
     void setFixedConnection(const TReaderConnection &record);
-    // Disconnects every path and opens the current record's path. Throws VantryError.
-    void connectCurrent();
     // Whether the connection dialog may change a connection's type.
     void setTypeLocked(bool locked) { m_typeLocked = locked; }
 
@@ -81,6 +86,7 @@ public slots:
     void SBNextClick();
     void sbSqlSelectClick();
     void tbSqlBuilderClick();
+    void tbCancelRunClick();  // stops what runs (Esc)
 
     // The connection grid and its pop-up menu.
     void cbConListClick();
@@ -103,10 +109,10 @@ private:
     QString selectedTable() const;
     bool onOraclePath() const;
     void runConnectionDialog();
-    // Runs `work` as one logged statement: errors go to the log with level 2 and status "Error".
-    template <typename Work> void logged(const QString &statement, Work work);
     void logFailure(const QString &statement, const QString &message);
-    void runQuery(const QString &statement);
+    RunService::Options runOptions();
+    void runBusyChanged(bool busy);
+    void connectRunService();
     // The first step of both run commands: an empty editor is refused with a message box.
     bool hasTextToRun();
 
@@ -114,7 +120,7 @@ private:
     QObject *m_mainWindow;
     ConnectionList *m_connections = nullptr;
     ConnectionGridModel *m_connectionModel = nullptr;
-    WorkspaceConnection m_connection;
+    RunService *m_run = nullptr;
     TReaderConnection m_record;
     bool m_fixedRecord = false;
     bool m_typeLocked = false;

@@ -110,12 +110,17 @@ private slots:
             f->mdsConnections()->setCurrentIndex(0);
             f->editor()->setText(QStringLiteral("select 1"));
         }
+        // A tab refuses a second run while one is under way: each run is let finish.
+        const auto idle = [](TSqlFrm *f) { return QTest::qWaitFor([f] { return !f->isRunning(); }, 10000); };
         w->action(QStringLiteral("Action2"))->trigger();   // F3
+        QVERIFY(idle(second));
         w->action(QStringLiteral("Action10"))->trigger();  // F4
+        QVERIFY(idle(second));
         QCOMPARE(second->log()->table()->count(), 2);
         QCOMPARE(first->log()->table()->count(), 0);
         w->pager()->setCurrentIndex(0);
         w->action(QStringLiteral("Action2"))->trigger();
+        QVERIFY(idle(first));
         QCOMPARE(first->log()->table()->count(), 1);
         QCOMPARE(second->log()->table()->count(), 2);
     }

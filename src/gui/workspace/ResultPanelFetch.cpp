@@ -1,0 +1,223 @@
+// The result area's traffic with the run service: rows fetched on demand, Refresh, and edits
+// written back on the connection's thread.
+#include "ResultPanel.h"
+
+#include "components/DBGridEh1.h"
+#include "components/ResultGridModel.h"
+#include "workspace/ResultWriteBack.h"
+
+#include <QAction>
+#include <QKeyEvent>
+#include <QMessageBox>
+#include <QScrollBar>
+
+void ResultPanel::setRunService(RunService *run, std::function<RunService::Options()> options)
+{
+    m_run = run;
+    m_options = std::move(options);
+    m_askPending = [this] {
+        const auto answer = QMessageBox::question(this, QStringLiteral("Unsaved changes"),
+                                                  QStringLiteral("The result has changes that are not saved yet. Save them?"),
+                                                  QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel,
+                                                  QMessageBox::Save);
+        return answer == QMessageBox::Save      ? PendingChoice::Save
+               : answer == QMessageBox::Discard ? PendingChoice::Discard
+                                                : PendingChoice::Cancel;
+    };
+}
+
+void ResultPanel::showResult(std::shared_ptr<ResultTable> table, const ResultSource &source, bool moreRemain)
+{
+    closeResult();
+    m_query.adopt(std::move(table), source, moreRemain);
+    m_hasQuery = true;
+    showRows();
+    fetchIfNearEnd();
+}
+
+void ResultPanel::showRows()
+{
+    m_query.setReadOnly(readOnlyDown());
+    m_grid->setResult(m_query.table());
+    setGroupColumns({});
+    if (optimizeWidthDown())
+        m_grid->optimizeColumnWidths();
+    updateState();
+}
+
+void ResultPanel::appendRows(std::shared_ptr<ResultTable> batch, bool moreRemain)
+{
+    m_fetching = m_fetchingAll && moreRemain;
+    if (!m_query.isOpen())
+        return;
+    const qint64 firstNew = m_query.table()->rowCount();
+    m_query.appendBatch(std::move(*batch), moreRemain);
+    ResultGridModel *model = m_grid->gridModel();
+    // A sorted or filtered view waits for the last batch, so it is ordered once.
+    if (model->view().isIdentity())
+        model->rowsAppended(firstNew);
+    else if (!moreRemain)
+        m_grid->refreshRows();
+    if (!moreRemain)
+        m_fetchingAll = false;
+    updateState();
+    fetchIfNearEnd();
+}
+
+void ResultPanel::fetchingStopped()
+{
+    m_fetching = m_fetchingAll = false;
+    m_query.stopFetching();
+    if (m_query.isOpen() && !m_grid->gridModel()->view().isIdentity())
+        m_grid->refreshRows();
+    updateState();
+}
+
+void ResultPanel::requestRows(qint64 rows)
+{
+    if (!m_run || !m_query.moreRemain() || m_fetching)
+        return;
+    m_fetching = true;
+    m_fetchingAll = rows <= 0;
+    m_run->fetchMore(rows);
+    updateState();
+}
+
+void ResultPanel::fetchAll()
+{
+    if (m_fetching && !m_fetchingAll) {
+        // A batch is on its way; ask for the rest after it.
+        m_fetching = false;
+    }
+    requestRows(0);
+}
+
+void ResultPanel::fetchIfNearEnd()
+{
+    if (!m_query.moreRemain() || m_fetching)
+        return;
+    const QScrollBar *bar = m_grid->verticalScrollBar();
+    if (bar->value() >= bar->maximum() - bar->pageStep())
+        requestRows(m_options ? m_options().batchRows : 1000);
+}
+
+void ResultPanel::stopFetchingForEdit()
+{
+    if (!m_query.moreRemain() || !m_run)
+        return;
+    // Rows added here are numbered after the fetched ones, and a write needs the connection:
+    // the result's cursor ends, and the rows fetched so far stay. Refresh reads them all again.
+    m_run->stopFetching();
+    m_query.stopFetching();
+    m_fetching = m_fetchingAll = false;
+    updateState();
+}
+
+bool ResultPanel::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_grid && event->type() == QEvent::KeyPress) {
+        const auto *key = static_cast<QKeyEvent *>(event);
+        if (key->key() == Qt::Key_End && (key->modifiers() & Qt::ControlModifier))
+            fetchAll();  // the last row is wanted: read them all
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void ResultPanel::Refresh1Click()
+{
+    if (!m_run || !m_hasQuery)
+        return;
+    resolvePendingEdits([this] {
+        closeResult();
+        m_run->refresh(m_options ? m_options() : RunService::Options());
+    });
+}
+
+void ResultPanel::resolvePendingEdits(std::function<void()> proceed)
+{
+    m_grid->commitEditor();
+    if (!m_query.isOpen() || m_query.table()->pendingRows().isEmpty()) {
+        proceed();
+        return;
+    }
+    switch (m_askPending ? m_askPending() : PendingChoice::Save) {
+    case PendingChoice::Save:
+        postPending(std::move(proceed));
+        return;
+    case PendingChoice::Discard:
+        for (qint64 row : m_query.table()->pendingRows())
+            m_query.table()->revertRow(row);
+        m_grid->refreshRows();
+        proceed();
+        return;
+    case PendingChoice::Cancel:
+        return;
+    }
+}
+
+bool ResultPanel::hasPendingEdits() const
+{
+    return m_query.isOpen() && (!m_query.table()->pendingRows().isEmpty()
+                                || m_grid->isEditing());
+}
+
+void ResultPanel::tbPostClick()
+{
+    if (!m_query.isOpen() || m_query.isReadOnly())
+        return;
+    m_grid->commitEditor();
+    postPending({});
+}
+
+void ResultPanel::postRowIfPending(qint64 row)
+{
+    if (m_posting || row < 0 || !m_query.isOpen() || m_query.isReadOnly())
+        return;
+    const auto state = m_query.table()->rowState(row);
+    if (state == ResultTable::RowState::Modified || state == ResultTable::RowState::Inserted)
+        postPending({});
+}
+
+void ResultPanel::postPending(std::function<void()> then)
+{
+    const QList<qint64> rows = m_query.isOpen() ? m_query.table()->pendingRows() : QList<qint64>();
+    if (rows.isEmpty() || !m_run || m_posting) {
+        if (rows.isEmpty() && then)
+            then();
+        return;
+    }
+    if (m_query.isReadOnly()) {
+        emit commandFailed(QStringLiteral("The result is read-only: %1").arg(m_query.readOnlyReason()));
+        return;
+    }
+    stopFetchingForEdit();
+    m_posting = true;
+    m_grid->setEnabled(false);  // no edits while the rows are on their way to the database
+    std::shared_ptr<ResultTable> table = m_query.sharedTable();
+    const QString target = m_query.source().table;
+    auto written = std::make_shared<QList<qint64>>();
+    m_run->onConnection(
+        [table, target, rows, written](const QSqlDatabase &db) {
+            ResultWriteBack writer(db, target);
+            for (qint64 row : rows) {
+                writer.writeToDatabase(*table, row);
+                written->append(row);
+            }
+        },
+        [this, table, written, then](const QString &error) {
+            m_posting = false;
+            m_grid->setEnabled(true);
+            for (qint64 row : *written)
+                table->acceptRow(row);
+            if (table == m_query.sharedTable())
+                m_grid->viewport()->update();
+            updateState();
+            if (!error.isEmpty()) {
+                // The edit stays in the grid, still pending, and the reason goes to the log.
+                emit commandFailed(error);
+                return;
+            }
+            if (then)
+                then();
+        });
+}
