@@ -3,6 +3,7 @@
 // table without one, by all comparable fields. A second connection checks what the database holds.
 #include "TestServers.h"
 #include "app/VantryError.h"
+#include "workspace/ResultFetcher.h"
 #include "workspace/ResultQuery.h"
 #include "workspace/ResultView.h"
 #include "workspace/ResultWriteBack.h"
@@ -343,6 +344,13 @@ private slots:
         QCOMPARE(view.entry(0).row, 1);
         QCOMPARE(view.entry(1).row, 2);
         QCOMPARE(view.entry(2).row, 0);
+
+        // each engine's own client reads the rows, and stops at the record limit
+        const auto limited = ResultFetcher::fetch(grid, QStringLiteral("select * from %1 order by id").arg(table), 2);
+        QCOMPARE(ResultFetcher::lastPath(), server);
+        QCOMPARE(limited->rowCount(), 2);
+        QVERIFY(limited->truncated());
+        QVERIFY(!ResultFetcher::fetch(grid, QStringLiteral("select * from %1").arg(table), 3)->truncated());
         exec(grid, QStringLiteral("drop table %1").arg(table));
     }
 
