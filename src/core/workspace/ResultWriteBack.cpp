@@ -185,20 +185,14 @@ private:
     void write(const QString &head, const QVariantList &headValues)
     {
         const Where where = locate(m_change.stored);
-        QString sql = head + where.sql;
-        const bool returning = postgres() && m_change.kind == RowChange::Kind::Update;
-        if (returning)
-            sql += QStringLiteral(" RETURNING ctid");
         inTransaction(m_db, [&] {
             checkSingleRow(where);
-            QSqlQuery query = bound(sql, headValues + where.values);
+            QSqlQuery query = bound(head + where.sql, headValues + where.values);
             if (query.numRowsAffected() > 1)
                 throw VantryError(QStringLiteral("The %1 touched %2 rows of %3; it was undone")
                                       .arg(QLatin1String(verb(m_change.kind)))
                                       .arg(query.numRowsAffected())
                                       .arg(m_change.table));
-            if (returning && query.next())
-                m_rowLocator = query.value(0);
         });
     }
 
@@ -237,13 +231,25 @@ private:
             sql += QStringLiteral(" () VALUES ()");
         else
             sql += QStringLiteral(" DEFAULT VALUES");
-        // The key's generated values come back with the insert where the database can say so.
+        // The key's generated values come back with the insert where the database can say so;
+        // a PostgreSQL table without a key names the new row by its ctid.
         QStringList returned;
-        if (postgres())
-            returned << QStringLiteral("ctid");
-        else if (m_driver == QLatin1String("QIBASE"))
+        if (m_driver == QLatin1String("QIBASE") || postgres())
             for (int col : m_key)
                 returned << field(col);
+        if (postgres() && returned.isEmpty())
+            returned << QStringLiteral("ctid");
+        try {
+            insertReturning(sql, returned, values);
+        } catch (const VantryError &) {
+            if (!postgres() || !m_key.isEmpty())
+                throw;
+            insertReturning(sql, {}, values); // a view has no ctid; its row is found by its values
+        }
+    }
+
+    void insertReturning(QString sql, const QStringList &returned, const QVariantList &values)
+    {
         if (!returned.isEmpty())
             sql += QStringLiteral(" RETURNING ") + returned.join(QStringLiteral(", "));
         inTransaction(m_db, [&] {
@@ -252,9 +258,9 @@ private:
                 throw VantryError(QStringLiteral("The insert added %1 rows to %2; it was undone")
                                       .arg(query.numRowsAffected())
                                       .arg(m_change.table));
-            if (postgres() && query.next()) {
-                m_rowLocator = query.value(0);
-            } else if (!returned.isEmpty() && query.next()) {
+            if (!returned.isEmpty() && query.next()) {
+                if (m_key.isEmpty())
+                    m_rowLocator = query.value(0);
                 for (int i = 0; i < m_key.size(); ++i)
                     m_change.values[m_key[i]] = query.value(i);
             } else {
