@@ -1,4 +1,5 @@
 #include "app/AppServices.h"
+#include "app/CommandLine.h"
 #include "app/DataFolder.h"
 #include "app/MdmUn.h"
 #include "app/MUn.h"
@@ -9,9 +10,13 @@
 #include "connections/SqlServerDriver.h"
 #include "connections/impDMun.h"
 #include "interchange/DMToolsUn.h"
+#include "VersionInfo.h"
 
+#include <QIcon>
 #include <QScreen>
+#include <QTimer>
 
+#include <cstdio>
 #include <memory>
 
 namespace {
@@ -27,11 +32,41 @@ void chooseSqlServerDriver()
     }
 }
 
+QStringList argumentsOf(int argc, char **argv)
+{
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    return arguments;
+}
+
+// --help and --version are answered on the terminal without a window, so they work where no
+// display is available.
+[[noreturn]] void answerOnTerminal(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("Vantry"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(VANTRY_FILE_VERSION));
+    CommandLine::answer(app);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
+    if (CommandLine::parse(argumentsOf(argc, argv)).action == CommandLine::Action::Answer)
+        answerOnTerminal(argc, argv);
+
     VantryApplication app(argc, argv);
+    // Parsed again without the options Qt's application object has taken (-style, -platform...).
+    const CommandLine command = CommandLine::parse(QCoreApplication::arguments());
+    if (command.action == CommandLine::Action::Fail) {
+        std::fprintf(stderr, "vantry: %s\nTry 'vantry --help' for more information.\n", qPrintable(command.error));
+        return 2;
+    }
+    // Lets the desktop match the window to its menu entry; the icon comes from the installed theme.
+    QGuiApplication::setDesktopFileName(QStringLiteral("dev.vantry.Vantry"));
+    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("dev.vantry.Vantry")));
     try {
         SettingsStore settings(DataFolder::settingsFile());
         chooseSqlServerDriver();
@@ -45,13 +80,24 @@ int main(int argc, char **argv)
         services.catalogue = catalogue.get();
         services.tools = tools.get();
         services.settings = &settings;
-        services.hideConnectionGrid = argc > 1;
+        services.hideConnectionGrid = command.hideConnectionGrid;
 
         TMFrm window(services);
+        // A file that cannot be read leaves the tab as it was and says why once the window is up.
+        QString fileError;
+        if (!command.sqlFile.isEmpty()) {
+            try {
+                window.setFirstTabText(CommandLine::readSqlFile(command.sqlFile));
+            } catch (const VantryError &e) {
+                fileError = e.message();
+            }
+        }
         // Without a window manager "maximized" means nothing: start at the screen's size as well.
         if (const QScreen *screen = QGuiApplication::primaryScreen())
             window.setGeometry(screen->availableGeometry());
         window.showMaximized();
+        if (!fileError.isEmpty())
+            QTimer::singleShot(0, &window, [fileError] { VantryApplication::reportError(fileError); });
         return app.exec();
     } catch (const VantryError &e) {
         VantryApplication::reportError(e.message());

@@ -248,6 +248,61 @@ private slots:
         QCOMPARE(model()->rowCount(), 0);
     }
 
+    void pendingEditsAreAskedAboutBeforeRefresh()
+    {
+        QList<ResultPanel::PendingChoice> answers;
+        int asked = 0;
+        m_panel->setPendingEditsQuestion([&] {
+            ++asked;
+            return answers.takeFirst();
+        });
+        QVERIFY(model()->setData(model()->index(0, 1), "Paris 2"));
+
+        answers << ResultPanel::PendingChoice::Cancel;
+        m_panel->Refresh1Click();
+        waitIdle();
+        QCOMPARE(asked, 1);
+        QCOMPARE(cell(0, 1), QString("Paris 2"));  // kept, not written, not dropped
+        QCOMPARE(scalar("select name from city where id = 1").toString(), QString("Paris"));
+
+        answers << ResultPanel::PendingChoice::Save;
+        m_panel->Refresh1Click();
+        waitIdle();
+        QCOMPARE(scalar("select name from city where id = 1").toString(), QString("Paris 2"));
+        QCOMPARE(cell(0, 1), QString("Paris 2"));  // the refreshed rows show the stored value
+
+        QVERIFY(model()->setData(model()->index(1, 1), "Lyon 2"));
+        answers << ResultPanel::PendingChoice::Discard;
+        m_panel->Refresh1Click();
+        waitIdle();
+        QCOMPARE(cell(1, 1), QString("Lyon"));
+        QCOMPARE(scalar("select name from city where id = 2").toString(), QString("Lyon"));
+        QCOMPARE(asked, 3);
+    }
+
+    void setToNullWritesNull()
+    {
+        DBGridEh1 *grid = m_panel->grid();
+        grid->setCurrentIndex(model()->index(0, 4));  // note of Paris
+        action("SetNull1")->trigger();
+        m_panel->tbPostClick();
+        waitIdle();
+        QVERIFY(scalar("select note is null from city where id = 1").toBool());
+    }
+
+    void failedWriteKeepsTheEdit()
+    {
+        QSignalSpy failures(m_panel.get(), &ResultPanel::commandFailed);
+        exec("delete from city where id = 3");  // changed elsewhere: the row is gone
+        QVERIFY(model()->setData(model()->index(2, 1), "Berlin 2"));
+        m_panel->tbPostClick();
+        waitIdle();
+        QCOMPARE(failures.count(), 1);
+        QVERIFY2(failures.first().first().toString().contains("city"), qPrintable(failures.first().first().toString()));
+        QCOMPARE(cell(2, 1), QString("Berlin 2"));
+        QCOMPARE(m_panel->query().table()->rowState(2), ResultTable::RowState::Modified);
+    }
+
     void readOnlyQueryShowsReason()
     {
         open(QStringLiteral("select country, count(*) from city group by country"));

@@ -54,7 +54,7 @@ void cancelPostgres(const QVariant &handle, std::function<void()> &cancel, std::
 // that cancels.
 void cancelMysql(const QSqlDatabase &db, std::function<void()> &cancel)
 {
-    void *mysql = handleOf<void *>(db.driver()->handle(), {"MYSQL*"});
+    void *mysql = handleOf<void *>(db.driver()->handle(), {"MYSQL*", "st_mysql*"});
     auto threadId = symbol<unsigned long (*)(void *)>("libmariadb.so.3", "mysql_thread_id");
     if (!mysql || !threadId)
         return;

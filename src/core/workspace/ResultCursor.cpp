@@ -1,5 +1,6 @@
 #include "ResultCursor.h"
 
+#include "EngineCancel.h"
 #include "ResultFetchFirebird.h"
 #include "ResultFetchMariaDb.h"
 #include "ResultFetchNative.h"
@@ -30,13 +31,32 @@ QMetaType::Type logicalTypeOf(const QMetaType &type)
 class GenericCursor : public ResultCursor
 {
 public:
-    explicit GenericCursor(const QSqlDatabase &db) : m_query(db) { m_query.setForwardOnly(true); }
+    GenericCursor(const QSqlDatabase &db, EngineCancel *cancel) : m_query(db)
+    {
+        m_query.setForwardOnly(true);
+        // ODBC cancels a statement: prepare it first, so its handle is known while it runs.
+        if (cancel && db.driverName() == QLatin1String("QODBC"))
+            m_cancel = cancel;
+    }
     ~GenericCursor() override { close(); }
 
     void exec(const QString &statement)
     {
-        if (!m_query.exec(statement))
-            throw VantryError(sqlErrorText(m_query.lastError()));
+        bool ok;
+        if (m_cancel) {
+            ok = m_query.prepare(statement);
+            if (ok) {
+                m_cancel->watchStatement(&m_query);
+                ok = m_query.exec();
+            }
+        } else {
+            ok = m_query.exec(statement);
+        }
+        if (!ok) {
+            const QSqlError error = m_query.lastError();
+            close();
+            throw VantryError(sqlErrorText(error));
+        }
         const QSqlRecord record = m_query.record();
         for (int col = 0; col < record.count(); ++col) {
             const QSqlField field = record.field(col);
@@ -67,6 +87,9 @@ public:
 
     void close() override
     {
+        if (m_cancel)
+            m_cancel->watchStatement(nullptr);
+        m_cancel = nullptr;
         m_open = false;
         m_query.finish();
     }
@@ -75,6 +98,7 @@ public:
 
 private:
     QSqlQuery m_query;
+    EngineCancel *m_cancel = nullptr;
     bool m_open = false;
 };
 
@@ -88,7 +112,8 @@ std::unique_ptr<ResultTable> ResultCursor::emptyTable() const
     return table;
 }
 
-std::unique_ptr<ResultCursor> ResultCursor::open(const QSqlDatabase &db, const QString &statement, Path path)
+std::unique_ptr<ResultCursor> ResultCursor::open(const QSqlDatabase &db, const QString &statement, Path path,
+                                                  EngineCancel *cancel)
 {
     if (!db.isOpen())
         throw VantryError(QStringLiteral("The connection is not open"));
@@ -102,7 +127,7 @@ std::unique_ptr<ResultCursor> ResultCursor::open(const QSqlDatabase &db, const Q
         if (auto cursor = ResultFetchFirebird::open(db, statement))
             return cursor;
     }
-    auto cursor = std::make_unique<GenericCursor>(db);
+    auto cursor = std::make_unique<GenericCursor>(db, cancel);
     cursor->exec(statement);
     return cursor;
 }

@@ -2,6 +2,8 @@
 #include "ResultTable.h"
 
 #include <QSqlDatabase>
+
+class EngineCancel;
 #include <QString>
 #include <memory>
 #include <vector>
@@ -37,9 +39,10 @@ public:
 
     enum class Path { Automatic, Generic };
 
-    // Runs a query and returns the cursor over its rows. Throws VantryError.
+    // Runs a query and returns the cursor over its rows. Throws VantryError. `cancel`, when
+    // given, learns the running statement (engines that cancel statements, not connections).
     static std::unique_ptr<ResultCursor> open(const QSqlDatabase &db, const QString &statement,
-                                              Path path = Path::Automatic);
+                                              Path path = Path::Automatic, EngineCancel *cancel = nullptr);
 
 protected:
     struct ColumnSpec

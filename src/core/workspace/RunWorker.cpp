@@ -113,6 +113,12 @@ bool RunWorker::stoppedAfterConnect(const QString &statement)
     return true;
 }
 
+std::shared_ptr<EngineCancel> RunWorker::engine() const
+{
+    std::lock_guard<std::mutex> lock(m_control->mutex);
+    return m_control->engine;
+}
+
 void RunWorker::endResult()
 {
     if (m_cursor)
@@ -134,6 +140,12 @@ void RunWorker::runStatement(const TReaderConnection &record, const QString &sta
             executeCommand(statement);
     } catch (const VantryError &e) {
         logOutcome(failureText(e.message()), 2);
+        return;
+    }
+    if (cancelled()) {
+        // Some servers end a killed statement without an error (MariaDB's SLEEP, BENCHMARK): its
+        // outcome is not what the statement would have given, so it is no success.
+        logOutcome(QStringLiteral("Cancelled by the user: the server stopped the statement early"), 2);
         return;
     }
     report([statement, recordHistory](RunService &s) { s.statementSucceeded(statement, recordHistory); });
@@ -178,7 +190,7 @@ void RunWorker::openQuery(const QString &statement, const RunService::Options &o
     m_lastQuery = statement;
     m_options = options;
     const QSqlDatabase db = m_connection.database();
-    std::unique_ptr<ResultCursor> cursor = ResultCursor::open(db, statement);
+    std::unique_ptr<ResultCursor> cursor = ResultCursor::open(db, statement, ResultCursor::Path::Automatic, engine().get());
     std::shared_ptr<ResultTable> table(cursor->emptyTable().release());
     bool more = cursor->fetch(*table, std::max<qint64>(options.batchRows, 1));
     ResultSource source = ResultSource::analyse(statement);
@@ -241,13 +253,7 @@ void RunWorker::stopFetching()
 
 void RunWorker::executeCommand(const QString &statement)
 {
-    const QSqlDatabase db = m_connection.database();
-    std::shared_ptr<EngineCancel> engine;
-    {
-        std::lock_guard<std::mutex> lock(m_control->mutex);
-        engine = m_control->engine;
-    }
-    SqlRun::executeCommand(db, statement, engine.get());
+    SqlRun::executeCommand(m_connection.database(), statement, engine().get());
 }
 
 void RunWorker::listTables(const TReaderConnection &record, bool includeSystemTables)

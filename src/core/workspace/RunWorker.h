@@ -61,6 +61,7 @@ private:
     void openQuery(const QString &statement, const RunService::Options &options);
     void executeCommand(const QString &statement);
     void endResult();
+    std::shared_ptr<EngineCancel> engine() const;
 
     RunService *m_service;
     std::shared_ptr<RunControl> m_control;

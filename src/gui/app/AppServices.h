@@ -13,5 +13,5 @@ struct AppServices
     TMdm *catalogue = nullptr;
     TdmTools *tools = nullptr;
     SettingsStore *settings = nullptr;   // "Vantry.ini"
-    bool hideConnectionGrid = false;     // any command-line argument hides the connection grid
+    bool hideConnectionGrid = false;     // --hide-connections, or a command-line argument that is not a file
 };

@@ -23,6 +23,7 @@
 #include <QToolButton>
 #include <QUrl>
 #include <QVBoxLayout>
+#include <Qsci/qsciscintilla.h>
 
 namespace {
 const QString kPlacementPath = QStringLiteral("P\\");
@@ -265,6 +266,8 @@ void TMFrm::showEvent(QShowEvent *event)
 void TMFrm::FormShow()
 {
     AddPage();
+    if (!m_firstTabText.isNull() && m_current)
+        m_current->editor()->setText(m_firstTabText);
 }
 
 void TMFrm::closeEvent(QCloseEvent *event)

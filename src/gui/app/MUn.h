@@ -23,6 +23,8 @@ public:
     QAction *action(const QString &name) const { return m_actions.value(name); }
     QTabWidget *pager() const { return PC; }
     QString statusText() const;
+    // Text the first tab's editor shows instead of its saved one (a file named on the command line).
+    void setFirstTabText(const QString &text) { m_firstTabText = text; }
 
 public slots:
     void AddPage();
@@ -56,6 +58,7 @@ private:
     QLabel *m_statusPanels[2] = {nullptr, nullptr};
     QHash<QString, QAction *> m_actions;
     TSqlFrm *m_current = nullptr;
+    QString m_firstTabText;
     bool m_shown = false;
     bool m_destroyed = false;
 };

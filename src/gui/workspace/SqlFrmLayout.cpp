@@ -308,9 +308,7 @@ private:
 
         f->Panel3 = new ResultPanel(f->Splitter1);
         f->Panel3->setObjectName(QStringLiteral("Panel3"));
-        QObject::connect(f->Panel3, &ResultPanel::commandFailed, f, [f = this->f](const QString &message) {
-            f->logFailure(f->Panel3->query().statement(), message);
-        });
+        QObject::connect(f->Panel3, &ResultPanel::commandFailed, f, &TSqlFrm::logGridFailure);
         f->Splitter1->addWidget(f->Panel3);
 
         f->LogPanel = new TSqlLogFrame(f->Splitter1);

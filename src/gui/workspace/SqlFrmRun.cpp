@@ -16,11 +16,14 @@
 
 #include <Qsci/qsciscintilla.h>
 
+#include <QAction>
 #include <QApplication>
+#include <QKeyEvent>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QSpinBox>
+#include <QTableView>
 #include <QToolButton>
 
 void TSqlFrm::connectRunService()
@@ -48,6 +51,27 @@ void TSqlFrm::connectRunService()
     connect(m_run, &RunService::tablesFailed, this,
             [this](const QString &message) { UserMessages::error(this, message); });
     Panel3->setRunService(m_run, [this] { return runOptions(); });
+
+    // Esc anywhere in the tab cancels what runs; while nothing runs the key is left to the widgets.
+    auto *escape = new QAction(this);
+    escape->setObjectName(QStringLiteral("acCancelRun"));
+    escape->setShortcut(QKeySequence(Qt::Key_Escape));
+    escape->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    escape->setEnabled(false);
+    addAction(escape);
+    connect(escape, &QAction::triggered, this, &TSqlFrm::tbCancelRunClick);
+    se->installEventFilter(this);
+}
+
+bool TSqlFrm::eventFilter(QObject *watched, QEvent *event)
+{
+    // The editor claims Esc for itself; while a run is under way the key belongs to Cancel.
+    if (watched == se && event->type() == QEvent::ShortcutOverride && isRunning()
+        && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape) {
+        event->ignore();
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 RunService::Options TSqlFrm::runOptions()
@@ -66,6 +90,7 @@ void TSqlFrm::runBusyChanged(bool busy)
     for (const char *name : {"tbRunSQL", "tbRunScript"})
         button(name)->setEnabled(!busy);
     button("tbCancelRun")->setEnabled(busy);
+    findChild<QAction *>(QStringLiteral("acCancelRun"))->setEnabled(busy);
     lbTablesList->setEnabled(!busy);
 }
 
@@ -81,6 +106,25 @@ void TSqlFrm::logFailure(const QString &statement, const QString &message)
     LogPanel->SetSQL(statement);
     LogPanel->SetMessage(message, 2);
     setStatus(QStringLiteral("Error"));
+}
+
+void TSqlFrm::logGridFailure(const QString &message)
+{
+    const QString table = Panel3->query().source().table;
+    LogPanel->SetSQL(table.isEmpty() ? QStringLiteral("(result grid)") : QStringLiteral("(result grid) ") + table);
+    LogPanel->SetMessage(message, 2);
+    LogPanel->grid()->scrollToBottom();
+    setStatus(briefStatus(message));
+}
+
+QString TSqlFrm::briefStatus(const QString &message)
+{
+    // The status bar's first panel shows about this many characters.
+    constexpr int Room = 90;
+    QString line = message.section(QLatin1Char('\n'), 0, 0).trimmed();
+    if (line.size() > Room)
+        line = line.left(Room - 3) + QStringLiteral("...");
+    return QStringLiteral("Error: ") + line;
 }
 
 bool TSqlFrm::onOraclePath() const

@@ -103,6 +103,9 @@ public slots:
     void Deletefromtable1Click();
     void runcatetable1Click();  // Truncate table
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     friend class SqlFrmBuilder;
     QToolButton *button(const char *name) const;
@@ -110,6 +113,11 @@ private:
     bool onOraclePath() const;
     void runConnectionDialog();
     void logFailure(const QString &statement, const QString &message);
+    // A grid command or write-back failed: a log row of its own, the log scrolled to it, and the
+    // failure's first line in the status bar.
+    void logGridFailure(const QString &message);
+    // "Error: " and the first line of a message, cut to fit the status bar.
+    static QString briefStatus(const QString &message);
     RunService::Options runOptions();
     void runBusyChanged(bool busy);
     void connectRunService();

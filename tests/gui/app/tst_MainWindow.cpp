@@ -151,6 +151,24 @@ private slots:
         QCOMPARE(again->currentFrame()->cbStyle()->currentIndex(), 3);
         QCOMPARE(again->currentFrame()->editor()->text(), QStringLiteral("select 42\nfrom dual"));
     }
+
+    void fileTextReplacesTheSavedTextInTheFirstTabOnly()
+    {
+        GuiFixture fx;
+        fx.settings->writeString(QStringLiteral("SQL\\"), QStringLiteral("se.Lines"), QStringLiteral("select saved"));
+        fx.window = std::make_unique<TMFrm>(fx.services());
+        fx.window->setFirstTabText(QStringLiteral("select 'from the file'\n"));
+        fx.window->show();
+        QCOMPARE(fx.window->currentFrame()->editor()->text(), QStringLiteral("select 'from the file'\n"));
+        fx.window->AddPage();
+        QCOMPARE(fx.window->currentFrame()->editor()->text(), QStringLiteral("select saved"));
+
+        // An empty file still empties the first tab's editor.
+        fx.window = std::make_unique<TMFrm>(fx.services());
+        fx.window->setFirstTabText(QLatin1String(""));
+        fx.window->show();
+        QCOMPARE(fx.window->currentFrame()->editor()->text(), QString());
+    }
 };
 
 QTEST_MAIN(tst_MainWindow)

@@ -8,6 +8,9 @@
 #include "workspace/TSqlSelectDlgUn.h"
 
 #include <QComboBox>
+#include <QSqlQuery>
+#include "components/DBGridEh1.h"
+#include "components/ResultGridModel.h"
 #include <QLineEdit>
 #include <QAction>
 #include <QListView>
@@ -108,6 +111,51 @@ private slots:
         QCOMPARE(fx->catalogue->history().count(), historyRows);
         QCOMPARE(lastLog(frame).sql, QStringLiteral("select * from ORDERS"));
         QCOMPARE(lastLog(frame).message, QStringLiteral("OK."));
+    }
+
+    void pendingEditsAreAskedAboutBeforeTableClickTabCloseAndQuit()
+    {
+        listTables(frame);
+        chooseTable(frame, QStringLiteral("CUSTOMERS"));
+        clickTable(frame);
+        ResultPanel *panel = frame->resultPanel();
+        ResultGridModel *model = panel->grid()->gridModel();
+        QVERIFY(model->setData(model->index(0, 1), QStringLiteral("Changed")));
+        auto answer = ResultPanel::PendingChoice::Cancel;
+        int asked = 0;
+        panel->setPendingEditsQuestion([&] {
+            ++asked;
+            return answer;
+        });
+
+        chooseTable(frame, QStringLiteral("ORDERS"));
+        clickTable(frame);
+        QCOMPARE(asked, 1);
+        QCOMPARE(model->data(model->index(0, 1)).toString(), QStringLiteral("Changed"));
+
+        const int tabs = fx->window->pager()->count();
+        fx->window->PCClosePage(fx->window->pager()->indexOf(frame));
+        QCOMPARE(asked, 2);
+        QCOMPARE(fx->window->pager()->count(), tabs);
+
+        QVERIFY(!fx->window->close());  // quitting asks too, and Cancel keeps the window
+        QCOMPARE(asked, 3);
+        QVERIFY(fx->window->isVisible());
+
+        answer = ResultPanel::PendingChoice::Save;
+        fx->window->PCClosePage(fx->window->pager()->indexOf(frame));
+        // The tab closes once its edit is written.
+        QTRY_COMPARE(fx->window->pager()->count(), tabs - 1);
+        frame = nullptr;
+        {
+            QSqlDatabase check = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("check"));
+            check.setDatabaseName(fx->home.file(QStringLiteral("sample.sqlite")));
+            QVERIFY(check.open());
+            QSqlQuery query(QStringLiteral("select count(*) from CUSTOMERS where COMPANY_NAME = 'Changed'"), check);
+            QVERIFY(query.next());
+            QCOMPARE(query.value(0).toInt(), 1);
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("check"));
     }
 
     void tableMenuWritesStatements()

@@ -1,0 +1,256 @@
+#include "TestServers.h"
+#include "workspace/ResultWriteBack.h"
+#include "workspace/RunService.h"
+
+#include <QElapsedTimer>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+#include <QtTest>
+
+// The run service against a SQLite file and the servers of scripts/test-servers: cancel on every
+// engine, several statements in one command, rows fetched on demand exactly once, Refresh after
+// the table is gone, a write while rows remain unfetched, and a service destroyed mid-run.
+class TestRunService : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+
+    // Everything a service reports, in the order it arrives.
+    struct Recorder
+    {
+        QStringList statements;
+        QList<QPair<QString, int>> messages;
+        std::shared_ptr<ResultTable> table;
+        bool more = false;
+        QStringList stops;
+
+        explicit Recorder(RunService &run)
+        {
+            QObject::connect(&run, &RunService::statementStarted, [this](const QString &s) { statements << s; });
+            QObject::connect(&run, &RunService::messageLogged,
+                             [this](const QString &m, int level) { messages << qMakePair(m, level); });
+            QObject::connect(&run, &RunService::resultOpened,
+                             [this](std::shared_ptr<ResultTable> t, const ResultSource &, bool moreRemain) {
+                                 table = std::move(t);
+                                 more = moreRemain;
+                             });
+            QObject::connect(&run, &RunService::rowsFetched, [this](std::shared_ptr<ResultTable> batch, bool moreRemain) {
+                table->appendBatch(std::move(*batch), moreRemain);
+                more = moreRemain;
+            });
+            QObject::connect(&run, &RunService::fetchStopped, [this](const QString &reason) { stops << reason; });
+        }
+        const QPair<QString, int> &last() const { return messages.last(); }
+    };
+
+    static bool idle(const RunService &run, int ms = 30000)
+    {
+        return QTest::qWaitFor([&run] { return !run.isBusy(); }, ms);
+    }
+
+    QString sqliteFile() const { return m_dir.filePath(QStringLiteral("run.sqlite")); }
+
+    static TReaderConnection server(const QString &name)
+    {
+        if (name == QLatin1String("postgres"))
+            return TestServers::postgres();
+        if (name == QLatin1String("mariadb"))
+            return TestServers::mariadb();
+        if (name == QLatin1String("firebird"))
+            return TestServers::firebird();
+        return TestServers::odbc(TestServers::env("VANTRY_ODBC_PG_DSN"), TestServers::env("VANTRY_PG_USER"),
+                                 TestServers::env("VANTRY_PG_PASSWORD"));
+    }
+
+    TReaderConnection record(const QString &name) const
+    {
+        return name == QLatin1String("sqlite") ? TestServers::sqlite(sqliteFile()) : server(name);
+    }
+
+private slots:
+    void initTestCase()
+    {
+        VANTRY_REQUIRE_TEST_SERVERS();
+        QFile file(sqliteFile());
+        QVERIFY(file.open(QIODevice::WriteOnly));  // an empty file is a new SQLite database
+        file.close();
+        RunService run;
+        Recorder seen(run);
+        QStringList chunks{QStringLiteral("create table RS_NUMBERS (ID integer primary key, NAME text)"),
+                           QStringLiteral("with recursive n(x) as (select 1 union all select x + 1 from n where x < 100000) "
+                                          "insert into RS_NUMBERS select x, 'row ' || x from n")};
+        run.runScript(TestServers::sqlite(sqliteFile()), chunks);
+        QVERIFY(idle(run));
+        for (const auto &message : seen.messages)
+            QVERIFY2(message.second == 0, qPrintable(message.first));
+    }
+
+    void cancelStopsALongStatement_data()
+    {
+        QTest::addColumn<QString>("engine");
+        QTest::addColumn<QString>("statement");
+        QTest::newRow("sqlite") << "sqlite"
+                                << "with recursive c(x) as (select 1 union all select x + 1 from c) select count(*) from c";
+        QTest::newRow("postgres") << "postgres" << "select pg_sleep(60)";
+        QTest::newRow("mariadb") << "mariadb" << "select benchmark(5000000000, md5('vantry'))";
+        QTest::newRow("firebird") << "firebird"
+                                  << "select count(*) from rdb$relations a, rdb$relations b, rdb$relations c, "
+                                     "rdb$relations d, rdb$relations e";
+        QTest::newRow("odbc") << "odbc" << "select pg_sleep(60)";
+    }
+
+    void cancelStopsALongStatement()
+    {
+        QFETCH(QString, engine);
+        QFETCH(QString, statement);
+        RunService run;
+        Recorder seen(run);
+        run.runStatement(record(engine), statement, {});
+        // Let the statement reach the server before cancelling it.
+        QVERIFY(QTest::qWaitFor([&seen] { return !seen.statements.isEmpty(); }, 10000));
+        QTest::qWait(300);
+        QVERIFY(run.isBusy());
+        QElapsedTimer clock;
+        clock.start();
+        run.cancel();
+        QVERIFY2(idle(run, 10000), "the cancel did not stop the statement");
+        qInfo("%s: idle %lld ms after Cancel", qPrintable(engine), clock.elapsed());
+        QCOMPARE(seen.last().second, 2);
+        QVERIFY2(seen.last().first.startsWith(QStringLiteral("Cancelled by the user")), qPrintable(seen.last().first));
+
+        // The tab stays usable: the next run works.
+        run.runStatement(record(engine), engine == QLatin1String("firebird") ? QStringLiteral("select 1 from rdb$database")
+                                                                             : QStringLiteral("select 1"), {});
+        QVERIFY(idle(run));
+        QVERIFY2(seen.last().second == 0, qPrintable(seen.last().first));
+    }
+
+    void severalStatementsInOneCommand_data()
+    {
+        QTest::addColumn<QString>("engine");
+        QTest::newRow("sqlite") << "sqlite";
+        QTest::newRow("postgres") << "postgres";
+        QTest::newRow("mariadb") << "mariadb";
+    }
+
+    void severalStatementsInOneCommand()
+    {
+        QFETCH(QString, engine);
+        RunService run;
+        Recorder seen(run);
+        const TReaderConnection rc = record(engine);
+        run.runScript(rc, {QStringLiteral("drop table RS_MULTI")});
+        run.runScript(rc, {QStringLiteral("create table RS_MULTI (A integer);\ninsert into RS_MULTI values (1);\n"
+                                          "insert into RS_MULTI values (2);")});
+        run.runStatement(rc, QStringLiteral("select count(*) from RS_MULTI"), {});
+        QVERIFY(idle(run));
+        QVERIFY2(seen.last().second == 0, qPrintable(seen.last().first));
+        QCOMPARE(seen.table->value(0, 0).toInt(), 2);
+
+        // A failing statement among them brings the engine's own message, never an empty one.
+        run.runScript(rc, {QStringLiteral("insert into RS_MULTI values (3);\ninsert into RS_NOWHERE values (4);")});
+        QVERIFY(idle(run));
+        QCOMPARE(seen.last().second, 2);
+        QVERIFY2(seen.last().first.contains(QStringLiteral("RS_NOWHERE"), Qt::CaseInsensitive), qPrintable(seen.last().first));
+        run.runScript(rc, {QStringLiteral("drop table RS_MULTI")});
+        QVERIFY(idle(run));
+    }
+
+    void scrollingToTheEndFetchesEveryRowOnce()
+    {
+        RunService run;
+        Recorder seen(run);
+        RunService::Options options;
+        options.batchRows = 1000;
+        run.openTable(TestServers::sqlite(sqliteFile()), QStringLiteral("select * from RS_NUMBERS order by ID"), options);
+        QVERIFY(idle(run));
+        QCOMPARE(seen.table->fetchedRows(), 1000);
+        QVERIFY(seen.more);
+        while (seen.more) {
+            run.fetchMore(options.batchRows);
+            QVERIFY(idle(run));
+        }
+        QCOMPARE(seen.table->fetchedRows(), 100000);
+        for (qint64 row = 0; row < seen.table->rowCount(); ++row)
+            QCOMPARE(seen.table->value(row, 0).toLongLong(), row + 1);
+        QCOMPARE(seen.table->value(99999, 1).toString(), QStringLiteral("row 100000"));
+    }
+
+    void fetchAllStopsAtTheMemoryLimit()
+    {
+        RunService run;
+        Recorder seen(run);
+        RunService::Options options;
+        options.batchRows = 100;
+        options.memoryBudget = 256 * 1024;
+        run.openTable(TestServers::sqlite(sqliteFile()), QStringLiteral("select * from RS_NUMBERS"), options);
+        run.fetchMore(0);
+        QVERIFY(idle(run));
+        QVERIFY(seen.table->fetchedRows() < 100000);
+        QVERIFY(!seen.more);
+        QCOMPARE(seen.stops.size(), 1);
+        QVERIFY2(seen.stops.first().contains(QStringLiteral("memory limit")), qPrintable(seen.stops.first()));
+    }
+
+    void writeWhileRowsRemainEndsTheFetch()
+    {
+        RunService run;
+        Recorder seen(run);
+        RunService::Options options;
+        options.batchRows = 10;
+        run.openTable(TestServers::sqlite(sqliteFile()), QStringLiteral("select * from RS_NUMBERS"), options);
+        QVERIFY(idle(run));
+        QVERIFY(seen.more);
+        seen.table->setValue(3, 1, QStringLiteral("edited"));
+        std::shared_ptr<ResultTable> table = seen.table;
+        QString failure = QStringLiteral("not run");
+        run.onConnection([table](const QSqlDatabase &db) { ResultWriteBack(db, QStringLiteral("RS_NUMBERS")).writeToDatabase(*table, 3); },
+                         [&failure](const QString &error) { failure = error; });
+        QVERIFY(idle(run));
+        QCOMPARE(failure, QString());
+        // The connection is never left mid-result: the cursor ended, later fetches bring nothing.
+        run.fetchMore(10);
+        QVERIFY(idle(run));
+        QCOMPARE(seen.table->fetchedRows(), 10);
+        run.runStatement(TestServers::sqlite(sqliteFile()), QStringLiteral("select NAME from RS_NUMBERS where ID = 4"), {});
+        QVERIFY(idle(run));
+        QCOMPARE(seen.table->value(0, 0).toString(), QStringLiteral("edited"));
+    }
+
+    void refreshAfterTheTableWasDropped()
+    {
+        RunService run;
+        Recorder seen(run);
+        const TReaderConnection rc = TestServers::sqlite(sqliteFile());
+        run.runScript(rc, {QStringLiteral("create table RS_GONE (A integer)"), QStringLiteral("insert into RS_GONE values (1)")});
+        run.openTable(rc, QStringLiteral("select * from RS_GONE"), {});
+        QVERIFY(idle(run));
+        std::shared_ptr<ResultTable> before = seen.table;
+        run.runScript(rc, {QStringLiteral("drop table RS_GONE")});
+        run.refresh({});
+        QVERIFY(idle(run));
+        QCOMPARE(seen.last().second, 2);
+        QVERIFY2(seen.last().first.contains(QStringLiteral("RS_GONE")), qPrintable(seen.last().first));
+        // The rows shown before are still whole: nothing refers to freed memory.
+        QCOMPARE(before->value(0, 0).toInt(), 1);
+    }
+
+    void destroyingTheServiceMidRunCancelsAndWaits()
+    {
+        QElapsedTimer clock;
+        {
+            auto run = std::make_unique<RunService>();
+            Recorder seen(*run);
+            run->runStatement(TestServers::postgres(), QStringLiteral("select pg_sleep(60)"), {});
+            QVERIFY(QTest::qWaitFor([&seen] { return !seen.statements.isEmpty(); }, 10000));
+            QTest::qWait(200);
+            clock.start();
+        }
+        QVERIFY2(clock.elapsed() < 5000, "closing a tab waited for the whole statement");
+    }
+};
+
+QTEST_MAIN(TestRunService)
+#include "tst_RunService.moc"
