@@ -1,13 +1,13 @@
 #include "ResultWriteBack.h"
 
 #include "ResultFetcher.h"
+#include "SqlLiterals.h"
 #include "ValueTypes.h"
 #include "app/SqlErrorText.h"
 #include "app/VantryError.h"
 
 #include <QSqlDriver>
 #include <QSqlError>
-#include <QSqlField>
 #include <QSqlQuery>
 
 namespace {
@@ -289,7 +289,7 @@ private:
         for (int col = 0; col < m_change.columns.size(); ++col)
             fields << field(col);
         QString sql = QStringLiteral("SELECT ") + fields.join(QStringLiteral(", ")) + QStringLiteral(" FROM ")
-                      + m_change.table + literalWhere(where);
+                      + m_change.table + withLiterals(m_db, where.sql, where.values);
         try {
             const auto table = ResultFetcher::fetch(m_db, sql, 2);
             if (table->rowCount() != 1 || table->columnCount() != m_change.columns.size())
@@ -300,25 +300,6 @@ private:
         } catch (const VantryError &) {
             return false; // the write itself succeeded; the grid keeps the values it wrote
         }
-    }
-
-    // The WHERE clause with its values written out as the driver's literals, since the fetch
-    // takes a statement without parameters.
-    QString literalWhere(const Where &where) const
-    {
-        QString sql = where.sql;
-        int at = 0;
-        for (const QVariant &value : where.values) {
-            at = int(sql.indexOf(QLatin1Char('?'), at));
-            if (at < 0)
-                break;
-            QSqlField literal(QString(), value.metaType());
-            literal.setValue(value);
-            const QString text = m_db.driver()->formatValue(literal);
-            sql.replace(at, 1, text);
-            at += int(text.size());
-        }
-        return sql;
     }
 
     QSqlDatabase m_db;

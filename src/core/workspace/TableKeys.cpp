@@ -1,11 +1,11 @@
 #include "TableKeys.h"
 
+#include "SqlLiterals.h"
 #include "app/SqlErrorText.h"
 #include "app/VantryError.h"
 
 #include <QSqlDriver>
 #include <QSqlError>
-#include <QSqlField>
 #include <QSqlIndex>
 #include <QSqlQuery>
 
@@ -30,21 +30,12 @@ QStringList nameParts(const QSqlDatabase &db, const QString &table)
 
 // Runs a catalogue query whose rows are (index, column, NOT NULL), the primary key's rows first
 // and each index's columns in order; returns the first index with only NOT NULL columns.
-QStringList firstUsableKey(const QSqlDatabase &db, QString sql, const QVariantList &values)
+QStringList firstUsableKey(const QSqlDatabase &db, const QString &sql, const QVariantList &values)
 {
-    // The names go in as the driver's literals: some ODBC drivers mangle bound texts.
-    int at = 0;
-    for (const QVariant &value : values) {
-        at = int(sql.indexOf(QLatin1Char('?'), at));
-        QSqlField literal(QString(), value.metaType());
-        literal.setValue(value);
-        const QString text = db.driver()->formatValue(literal);
-        sql.replace(at, 1, text);
-        at += int(text.size());
-    }
     QSqlQuery query(db);
     query.setForwardOnly(true);
-    if (!query.exec(sql))
+    // The names go in as the driver's literals: some ODBC drivers mangle bound texts.
+    if (!query.exec(withLiterals(db, sql, values)))
         throw VantryError(sqlErrorText(query.lastError()));
     QList<Candidate> candidates;
     while (query.next()) {
