@@ -169,8 +169,7 @@ private:
 
     void checkSingleRow(const Where &where) const
     {
-        QSqlQuery count = bound( QStringLiteral("SELECT COUNT(*) FROM ") + m_change.table + where.sql,
-                              where.values);
+        QSqlQuery count = bound(QStringLiteral("SELECT COUNT(*) FROM ") + m_change.table + where.sql, where.values);
         const qint64 matched = count.next() ? count.value(0).toLongLong() : 0;
         if (matched == 1)
             return;
