@@ -159,7 +159,13 @@ QStringList TableKeyCache::keyOf(const QSqlDatabase &db, const QString &table)
         if (found != m_keys.constEnd())
             return *found;
     }
-    const QStringList key = findTableKey(db, table);
+    QStringList key;
+    try {
+        key = findTableKey(db, table);
+    } catch (const VantryError &) {
+        // A catalogue the account may not read: rows are then found by all their fields, and
+        // the exactly-one-row rule still guards every write.
+    }
     QMutexLocker lock(&m_mutex);
     m_keys.insert(id, key);
     return key;

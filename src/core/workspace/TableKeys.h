@@ -11,7 +11,8 @@
 QStringList findTableKey(const QSqlDatabase &db, const QString &table);
 
 // The keys found so far, per connection and table as written in the statement, so that each
-// table's catalogue is read once. Safe to share between threads.
+// table's catalogue is read once; a catalogue that cannot be read counts as no key. Safe to
+// share between threads.
 class TableKeyCache
 {
 public:
