@@ -2,8 +2,11 @@
 #include "workspace/ResultTable.h"
 #include "workspace/ResultView.h"
 #include "workspace/ResultWriteBack.h"
+#include "workspace/TableKeys.h"
 #include "workspace/ValueTypes.h"
 
+#include <QSqlQuery>
+#include <QTemporaryDir>
 #include <QtTest>
 
 // Exact decimals ordered and filtered as numbers, which columns may locate a row, and the edit
@@ -162,6 +165,35 @@ private slots:
         table->setRowFailure(1, QStringLiteral("refused"));
         table->acceptRow(1);
         QVERIFY(table->rowFailure(1).isEmpty());
+    }
+
+    // The key a row is located by, from SQLite's catalogue: the primary key (the rowid alias
+    // included), else a unique key of NOT NULL columns, else none.
+    void keysFromTheCatalogue()
+    {
+        QTemporaryDir dir;
+        {
+            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("keys"));
+            db.setDatabaseName(dir.filePath(QStringLiteral("keys.db")));
+            QVERIFY(db.open());
+            QSqlQuery query(db);
+            for (const char *sql : {"create table rowid_key (id integer primary key, a text)",
+                                    "create table pair_key (a text, b int, c text, primary key (b, a))",
+                                    "create table unique_key (a text unique, b int not null, c int not null, unique (c, b))",
+                                    "create table no_key (a text unique, b int)"})
+                QVERIFY(query.exec(QString::fromLatin1(sql)));
+            QCOMPARE(findTableKey(db, "rowid_key"), QStringList{"id"});
+            QCOMPARE(findTableKey(db, "pair_key"), (QStringList{"b", "a"}));
+            QCOMPARE(findTableKey(db, "\"unique_key\""), (QStringList{"c", "b"}));
+            QCOMPARE(findTableKey(db, "no_key"), QStringList());
+            TableKeyCache cache;
+            QCOMPARE(cache.keyOf(db, "pair_key"), (QStringList{"b", "a"}));
+            QVERIFY(query.exec("drop table pair_key"));
+            QCOMPARE(cache.keyOf(db, "pair_key"), (QStringList{"b", "a"})); // read once
+            cache.clear();
+            QCOMPARE(cache.keyOf(db, "pair_key"), QStringList());
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("keys"));
     }
 };
 
