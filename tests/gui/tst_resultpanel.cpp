@@ -303,6 +303,28 @@ private slots:
         QCOMPARE(m_panel->query().table()->rowState(2), ResultTable::RowState::Modified);
     }
 
+    void largeResultsAreSortedOffTheWindowThread()
+    {
+        exec("create table big (id integer primary key, label text)");
+        exec("with recursive n(x) as (select 1 union all select x + 1 from n where x < 120000) "
+             "insert into big select x, 'label ' || x from n");
+        open(QStringLiteral("select * from big"));
+        QVERIFY(m_panel->query().moreRemain());
+        m_panel->fetchAll();
+        waitIdle();
+        QCOMPARE(m_panel->query().table()->rowCount(), 120000);
+
+        m_panel->grid()->sortByColumn(0, Qt::DescendingOrder);
+        // The order is computed on a thread of its own; until it shows, the old order stays and
+        // edits wait.
+        QVERIFY(model()->isRebuilding());
+        QCOMPARE(cell(0, 0), QString("1"));
+        QVERIFY(!model()->setData(model()->index(0, 1), "changed"));
+        QTRY_VERIFY(!model()->isRebuilding());
+        QCOMPARE(cell(0, 0), QString("120000"));
+        QCOMPARE(model()->rowCount(), 120000);
+    }
+
     void readOnlyQueryShowsReason()
     {
         open(QStringLiteral("select country, count(*) from city group by country"));

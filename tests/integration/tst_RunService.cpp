@@ -4,6 +4,11 @@
 
 #include <QElapsedTimer>
 #include <QSqlError>
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
 #include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -49,6 +54,32 @@ class TestRunService : public QObject
     {
         return QTest::qWaitFor([&run] { return !run.isBusy(); }, ms);
     }
+
+    // A loopback port that completes the TCP handshake (the kernel does it) and never speaks.
+    struct SilentPort
+    {
+        int fd = -1;
+        int port = 0;
+        SilentPort()
+        {
+            fd = ::socket(AF_INET, SOCK_STREAM, 0);
+            sockaddr_in address{};
+            address.sin_family = AF_INET;
+            address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+            socklen_t size = sizeof address;
+            if (fd < 0 || ::bind(fd, reinterpret_cast<sockaddr *>(&address), size) != 0 || ::listen(fd, 4) != 0
+                || ::getsockname(fd, reinterpret_cast<sockaddr *>(&address), &size) != 0)
+                return;
+            port = ntohs(address.sin_port);
+        }
+        ~SilentPort() { close(); }
+        void close()
+        {
+            if (fd >= 0)
+                ::close(fd);
+            fd = -1;
+        }
+    };
 
     QString sqliteFile() const { return m_dir.filePath(QStringLiteral("run.sqlite")); }
 
@@ -235,6 +266,34 @@ private slots:
         QVERIFY2(seen.last().first.contains(QStringLiteral("RS_GONE")), qPrintable(seen.last().first));
         // The rows shown before are still whole: nothing refers to freed memory.
         QCOMPARE(before->value(0, 0).toInt(), 1);
+    }
+
+    void aConnectThatHangsCanBeCancelled()
+    {
+        // A port that accepts connections and never answers: the client would wait its own
+        // time-out (minutes for Firebird).
+        SilentPort silent;
+        QVERIFY(silent.port > 0);
+        TReaderConnection rc = TestServers::firebird();
+        rc.Port = silent.port;
+        RunService run;
+        Recorder seen(run);
+        run.runStatement(rc, QStringLiteral("select 1 from rdb$database"), {});
+        QTest::qWait(500);
+        QVERIFY(run.isBusy());
+        QElapsedTimer clock;
+        clock.start();
+        run.cancel();
+        QVERIFY(!run.isBusy());
+        QVERIFY(clock.elapsed() < 1000);
+        QCOMPARE(seen.last().second, 2);
+        QVERIFY2(seen.last().first.contains(QStringLiteral("connecting")), qPrintable(seen.last().first));
+
+        // The tab goes on at once with a fresh connection; the abandoned one ends on its own.
+        run.runStatement(record(QStringLiteral("sqlite")), QStringLiteral("select 1"), {});
+        QVERIFY(idle(run));
+        QCOMPARE(seen.last().second, 0);
+        silent.close();
     }
 
     void destroyingTheServiceMidRunCancelsAndWaits()

@@ -5,7 +5,8 @@
 QString sqlErrorText(const QSqlError &error)
 {
     const QString fromDatabase = error.databaseText().trimmed();
-    if (!fromDatabase.isEmpty())
+    // SQLite's text for its OK code says nothing; the driver's own text says what went wrong.
+    if (!fromDatabase.isEmpty() && fromDatabase.compare(QLatin1String("not an error"), Qt::CaseInsensitive) != 0)
         return fromDatabase;
     const QString text = error.text().trimmed();
     return text.isEmpty() ? QStringLiteral("The driver reported a failure without a message.") : text;

@@ -71,8 +71,6 @@ void mapMySql(const UniversalConfig &config, UniversalDriverSettings &s)
         }
     }
     s.options << QStringLiteral("MYSQL_OPT_CONNECT_TIMEOUT=%1").arg(s.connectTimeout);
-    // A command may hold several statements separated by ";", as the server's own client allows.
-    s.options << QStringLiteral("CLIENT_MULTI_STATEMENTS");
 }
 
 void mapPostgreSql(const UniversalConfig &config, UniversalDriverSettings &s)

@@ -60,8 +60,12 @@ ResultColumn::ResultColumn(QString name, QString typeName, QMetaType::Type logic
 
 void ResultColumn::reserve(qint64 rows)
 {
-    m_slots.reserve(size_t(rows));
-    m_nulls.reserve(size_t((rows + 63) / 64));
+    // Growing by at least half each time keeps repeated reserves (one per batch) linear overall.
+    if (size_t(rows) <= m_slots.capacity())
+        return;
+    const size_t target = std::max(size_t(rows), m_slots.capacity() + m_slots.capacity() / 2);
+    m_slots.reserve(target);
+    m_nulls.reserve((target + 63) / 64);
 }
 
 void ResultColumn::startKinds(ResultStorage existing)

@@ -45,6 +45,7 @@ DBGridEh1::DBGridEh1(QWidget *parent) : QTableView(parent)
     });
     connect(horizontalScrollBar(), &QScrollBar::valueChanged, m_header, &ResultFilterHeader::placeEditors);
     connect(m_model, &ResultGridModel::editRefused, this, &DBGridEh1::message);
+    connect(m_model, &ResultGridModel::rebuilt, this, &DBGridEh1::rowsRebuilt);
     connect(selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             [this](const QModelIndex &current, const QModelIndex &previous) {
                 const qint64 before = previous.isValid() ? m_model->tableRow(previous.row()) : -1;
@@ -60,9 +61,9 @@ DBGridEh1::~DBGridEh1()
     m_header->blockSignals(true);
 }
 
-void DBGridEh1::setResult(ResultTable *table)
+void DBGridEh1::setResult(ResultTable *table, std::shared_ptr<const void> owner)
 {
-    m_model->setTable(table);
+    m_model->setTable(table, std::move(owner));
     m_header->clearFilters();
     m_header->setSortIndicator(-1, Qt::AscendingOrder);
     clearSpans();
@@ -78,9 +79,17 @@ void DBGridEh1::setReadOnly(bool readOnly)
 
 void DBGridEh1::refreshRows()
 {
-    const qint64 row = currentTableRow();
-    const int column = currentIndex().column();
+    if (!m_model->isRebuilding()) {
+        m_restoreRow = currentTableRow();
+        m_restoreColumn = currentIndex().column();
+    }
     m_model->refresh();
+}
+
+void DBGridEh1::rowsRebuilt()
+{
+    const qint64 row = m_restoreRow;
+    const int column = m_restoreColumn;
     clearSpans();
     // Group headers span the row; past a few thousand groups spans cost more than they give.
     if (!m_model->view().groupColumns().isEmpty() && m_model->columnCount() > 1) {

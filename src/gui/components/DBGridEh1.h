@@ -1,6 +1,8 @@
 #pragma once
 #include <QTableView>
 
+#include <memory>
+
 class ResultGridModel;
 class ResultFilterHeader;
 class ResultTable;
@@ -17,7 +19,8 @@ public:
 
     ResultGridModel *gridModel() const { return m_model; }
     ResultFilterHeader *filterHeader() const { return m_header; }
-    void setResult(ResultTable *table);
+    // `owner` keeps the table alive while a large result is ordered off the window's thread.
+    void setResult(ResultTable *table, std::shared_ptr<const void> owner = {});
 
     void setReadOnly(bool readOnly);
     bool isReadOnly() const { return m_readOnly; }
@@ -59,9 +62,13 @@ protected:
 
 private:
     void headerClicked(int section);
+    void rowsRebuilt();
     void headerMenu(const QPoint &pos);
 
     ResultGridModel *m_model;
     ResultFilterHeader *m_header;
     bool m_readOnly = false;
+    // The row and column to show again once a refresh has ordered the rows.
+    qint64 m_restoreRow = -1;
+    int m_restoreColumn = 0;
 };

@@ -5,21 +5,65 @@
 #include <QBrush>
 #include <QColor>
 #include <QFont>
+#include <QThread>
+#include <utility>
 
-void ResultGridModel::setTable(ResultTable *table)
+void ResultGridModel::setTable(ResultTable *table, std::shared_ptr<const void> owner)
 {
     beginResetModel();
+    ++m_generation;
     m_table = table;
+    m_owner = std::move(owner);
     m_view.setTable(table);
     m_view.rebuild();
     endResetModel();
+    if (m_rebuilding) {
+        m_rebuilding = m_refreshAgain = false;
+        emit rebuildingChanged(false);
+    }
 }
 
 void ResultGridModel::refresh()
 {
+    if (m_rebuilding) {
+        m_refreshAgain = true;
+        return;
+    }
+    if (m_table && m_owner && m_table->rowCount() >= BackgroundRows) {
+        rebuildInBackground();
+        return;
+    }
     beginResetModel();
     m_view.rebuild();
     endResetModel();
+    emit rebuilt();
+}
+
+void ResultGridModel::rebuildInBackground()
+{
+    m_rebuilding = true;
+    emit rebuildingChanged(true);
+    // The copy carries the new settings; the grid keeps showing the old order until it is done.
+    auto view = std::make_shared<ResultView>(m_view);
+    std::shared_ptr<const void> owner = m_owner;
+    const quint64 generation = m_generation;
+    QThread *worker = QThread::create([view, owner] { view->rebuild(); });
+    connect(worker, &QThread::finished, worker, &QObject::deleteLater);
+    connect(worker, &QThread::finished, this, [this, view, generation] {
+        if (generation != m_generation)
+            return;
+        beginResetModel();
+        m_view = std::move(*view);
+        endResetModel();
+        m_rebuilding = false;
+        if (std::exchange(m_refreshAgain, false)) {
+            refresh();
+            return;
+        }
+        emit rebuildingChanged(false);
+        emit rebuilt();
+    });
+    worker->start();
 }
 
 void ResultGridModel::rowsAppended(qint64 firstNew)
@@ -209,6 +253,10 @@ bool ResultGridModel::setData(const QModelIndex &index, const QVariant &value, i
 {
     if (!m_table || role != Qt::EditRole || !index.isValid())
         return false;
+    if (m_rebuilding) {
+        emit editRefused(QStringLiteral("The rows are being sorted and filtered; edit again in a moment"));
+        return false;
+    }
     const qint64 row = tableRow(index.row());
     if (row < 0)
         return false;

@@ -4,6 +4,8 @@
 
 #include <QAbstractTableModel>
 
+#include <memory>
+
 // Table model over a ResultTable as the grid shows it: rows in the order of a ResultView
 // (filtered, sorted, grouped), NULL drawn as a greyed "(null)", long texts on one line, group
 // headers as rows of their own. Edits go into the table's edit buffer.
@@ -13,11 +15,18 @@ class ResultGridModel : public QAbstractTableModel
 public:
     using QAbstractTableModel::QAbstractTableModel;
 
-    void setTable(ResultTable *table);
+    // `owner` keeps the table alive while rows are ordered off this thread.
+    void setTable(ResultTable *table, std::shared_ptr<const void> owner = {});
     ResultTable *table() const { return m_table; }
     ResultView &view() { return m_view; }
-    // Re-applies filters, sort and grouping after a change of any of them or of the rows.
+    // Re-applies filters, sort and grouping after a change of any of them or of the rows. A large
+    // result is ordered on a thread of its own, the grid showing the old order meanwhile; rebuilt
+    // is emitted when the new order shows, at once for a small result.
     void refresh();
+    // Rows are being ordered off this thread: the table must not change meanwhile.
+    bool isRebuilding() const { return m_rebuilding; }
+    // Results of at least this many rows are ordered off the window's thread.
+    static constexpr qint64 BackgroundRows = 100000;
     // Shows the rows appended to the table from `firstNew` on: inserted at the end when the view
     // shows rows in table order, else by a refresh.
     void rowsAppended(qint64 firstNew);
@@ -42,10 +51,18 @@ public:
 
 signals:
     void editRefused(const QString &message);
+    void rebuildingChanged(bool rebuilding);
+    void rebuilt();
 
 private:
     QVariant editValue(int col, const QString &text, qint64 row) const;
 
+    void rebuildInBackground();
+
     ResultTable *m_table = nullptr;
+    std::shared_ptr<const void> m_owner;
     ResultView m_view;
+    bool m_rebuilding = false;
+    bool m_refreshAgain = false;  // settings changed while a rebuild ran
+    quint64 m_generation = 0;     // a new table makes a running rebuild's outcome stale
 };

@@ -106,6 +106,7 @@ ResultPanel::ResultPanel(QWidget *parent) : QWidget(parent)
             fetchAll();
         updateState();
     });
+    connect(m_grid->gridModel(), &ResultGridModel::rebuildingChanged, this, &ResultPanel::rebuildingChanged);
     connect(m_grid->verticalScrollBar(), &QScrollBar::valueChanged, this, &ResultPanel::fetchIfNearEnd);
     m_grid->installEventFilter(this);
     // Enter on an edited cell writes its row, as leaving the row does.
@@ -169,6 +170,7 @@ void ResultPanel::closeResult()
 {
     m_grid->setResult(nullptr);
     m_query.close();
+    m_waitingBatches.clear();
     m_fetching = m_fetchingAll = false;
     if (m_find)
         m_find->hide();
@@ -194,6 +196,8 @@ void ResultPanel::updateState()
     QString text = QStringLiteral("%1 rows").arg(table->fetchedRows());
     if (m_fetchingAll)
         text += QStringLiteral(" fetched, fetching the rest...");
+    else if (m_grid->gridModel()->isRebuilding())
+        text += QStringLiteral(", sorting...");
     else if (m_query.moreRemain())
         text += QStringLiteral(" fetched, more remain");
     else if (table->truncated())
@@ -218,6 +222,8 @@ void ResultPanel::Add1Click()
 {
     if (!m_query.isOpen() || m_query.isReadOnly())
         return;
+    if (refuseWhileSorting())
+        return;
     stopFetchingForEdit();
     guarded([&] {
         const qint64 row = m_query.table()->insertRow();
@@ -229,6 +235,8 @@ void ResultPanel::Add1Click()
 void ResultPanel::Delete1Click()
 {
     if (!m_query.isOpen() || m_query.isReadOnly())
+        return;
+    if (refuseWhileSorting())
         return;
     const QList<qint64> rows = m_grid->selectedTableRows();
     if (rows.isEmpty() || !m_confirmDelete(int(rows.size())))
@@ -271,7 +279,7 @@ void ResultPanel::Delete1Click()
 void ResultPanel::tbCloneClick()
 {
     const qint64 source = m_grid->currentTableRow();
-    if (!m_query.isOpen() || m_query.isReadOnly() || source < 0)
+    if (!m_query.isOpen() || m_query.isReadOnly() || source < 0 || refuseWhileSorting())
         return;
     stopFetchingForEdit();
     guarded([&] {
@@ -351,7 +359,7 @@ void ResultPanel::SetNull1Click()
 {
     const QModelIndex index = m_grid->currentIndex();
     const qint64 row = m_grid->currentTableRow();
-    if (!m_query.isOpen() || m_query.isReadOnly() || row < 0 || !index.isValid())
+    if (!m_query.isOpen() || m_query.isReadOnly() || row < 0 || !index.isValid() || refuseWhileSorting())
         return;
     guarded([&] {
         const ResultColumn &column = m_query.table()->column(index.column());

@@ -91,6 +91,9 @@ private:
     // Ends the on-demand fetch before the result is changed here (edits, inserts).
     void stopFetchingForEdit();
     bool eventFilter(QObject *watched, QEvent *event) override;
+    void rebuildingChanged(bool rebuilding);
+    // True, with a message, while a large result is being ordered: the table must not change.
+    bool refuseWhileSorting();
     void setGroupColumns(const QVector<int> &columns);
 
     ResultQuery m_query;
@@ -108,4 +111,10 @@ private:
     bool m_fetching = false;     // a fetch of rows is under way
     bool m_fetchingAll = false;  // ... and it reads every remaining row
     bool m_hasQuery = false;     // a query was shown since the tab opened: Refresh can run
+    struct WaitingBatch
+    {
+        std::shared_ptr<ResultTable> rows;
+        bool moreRemain;
+    };
+    std::vector<WaitingBatch> m_waitingBatches;  // arrived while the rows were being ordered
 };

@@ -38,7 +38,7 @@ void ResultPanel::showResult(std::shared_ptr<ResultTable> table, const ResultSou
 void ResultPanel::showRows()
 {
     m_query.setReadOnly(readOnlyDown());
-    m_grid->setResult(m_query.table());
+    m_grid->setResult(m_query.table(), m_query.sharedTable());
     setGroupColumns({});
     if (optimizeWidthDown())
         m_grid->optimizeColumnWidths();
@@ -50,6 +50,11 @@ void ResultPanel::appendRows(std::shared_ptr<ResultTable> batch, bool moreRemain
     m_fetching = m_fetchingAll && moreRemain;
     if (!m_query.isOpen())
         return;
+    // The table must not change while its rows are ordered off this thread: the batch waits.
+    if (m_grid->gridModel()->isRebuilding()) {
+        m_waitingBatches.push_back({std::move(batch), moreRemain});
+        return;
+    }
     const qint64 firstNew = m_query.table()->rowCount();
     m_query.appendBatch(std::move(*batch), moreRemain);
     ResultGridModel *model = m_grid->gridModel();
@@ -62,6 +67,25 @@ void ResultPanel::appendRows(std::shared_ptr<ResultTable> batch, bool moreRemain
         m_fetchingAll = false;
     updateState();
     fetchIfNearEnd();
+}
+
+void ResultPanel::rebuildingChanged(bool rebuilding)
+{
+    if (!rebuilding) {
+        std::vector<WaitingBatch> waiting;
+        waiting.swap(m_waitingBatches);
+        for (WaitingBatch &batch : waiting)
+            appendRows(std::move(batch.rows), batch.moreRemain);
+    }
+    updateState();
+}
+
+bool ResultPanel::refuseWhileSorting()
+{
+    if (!m_grid->gridModel()->isRebuilding())
+        return false;
+    emit commandFailed(QStringLiteral("The rows are being sorted and filtered; try again in a moment"));
+    return true;
 }
 
 void ResultPanel::fetchingStopped()
@@ -180,6 +204,8 @@ void ResultPanel::postRowIfPending(qint64 row)
 
 void ResultPanel::postPending(std::function<void()> then)
 {
+    if (refuseWhileSorting())
+        return;
     const QList<qint64> rows = m_query.isOpen() ? m_query.table()->pendingRows() : QList<qint64>();
     if (rows.isEmpty() || !m_run || m_posting) {
         if (rows.isEmpty() && then)

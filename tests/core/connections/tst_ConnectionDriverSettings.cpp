@@ -48,13 +48,13 @@ void tst_ConnectionDriverSettings::providerOptions_data()
 
     QTest::newRow("MySQL defaults") << config("MYSQL", {{"MySQL.Compress", "False"}, {"MySQL.ConnectionTimeout", "0"},
                                                         {"MySQL.UseUnicode", "False"}, {"MySQL.Protocol", "mpDefault"}})
-                                    << "QMYSQL" << QStringList{"MYSQL_OPT_CONNECT_TIMEOUT=15", "CLIENT_MULTI_STATEMENTS"};
+                                    << "QMYSQL" << QStringList{"MYSQL_OPT_CONNECT_TIMEOUT=15"};
     QTest::newRow("MySQL SSL, compression, time-out")
         << config("MYSQL", {{"MySQL.SSLCACert", "/c/ca.pem"}, {"MySQL.SSLCert", "/c/cert.pem"}, {"MySQL.SSLKey", "/c/key.pem"},
                             {"MySQL.Compress", "True"}, {"MySQL.ConnectionTimeout", "7"}, {"MySQL.Protocol", "mpSSL"}})
         << "QMYSQL"
         << QStringList{"SSL_CA=/c/ca.pem", "SSL_CERT=/c/cert.pem", "SSL_KEY=/c/key.pem", "CLIENT_COMPRESS",
-                       "CLIENT_SSL", "MYSQL_OPT_CONNECT_TIMEOUT=7", "CLIENT_MULTI_STATEMENTS"};
+                       "CLIENT_SSL", "MYSQL_OPT_CONNECT_TIMEOUT=7"};
     QTest::newRow("PostgreSQL disable") << config("POSTGRESQL", {{"PostgreSQL.SSLMode", "smDisable"}, {"PostgreSQL.ConnectionTimeout", "0"}})
                                         << "QPSQL" << QStringList{"sslmode=disable", "connect_timeout=15"};
     QTest::newRow("PostgreSQL require with files")
