@@ -256,6 +256,13 @@ private slots:
             QEXPECT_FAIL("", "ODBC hands timestamps over with milliseconds", Continue);
         QCOMPARE(ResultView::text(result, 2, ts), e.typedTimestamp);
 
+        // A text longer than any VARCHAR parameter arrives whole (read back from the database).
+        const QString longText = QString(10000, QLatin1Char('x')) + QStringLiteral("ü");
+        result.setValue(2, t, longText);
+        post(grid, query, 2, keys);
+        QCOMPARE(result.storedValue(2, t).toString(), longText);
+        QCOMPARE(count(check, table, QStringLiteral("id = 3 and t like 'xxxxxxxxxx%'")), 1);
+
         // Set to NULL writes NULL, and is refused on a NOT NULL column.
         result.setNull(2, t);
         post(grid, query, 2, keys);

@@ -114,11 +114,13 @@ private:
     }
     bool postgres() const { return m_driver == QLatin1String("QPSQL"); }
 
-    // The parameter marker for a value. Firebird's driver converts a bound text to the column's
-    // type itself, to the millisecond; passed as text, the server converts it exactly.
-    QString marker(const QVariant &value) const
+    // The parameter marker for a value of a column. Firebird's driver converts a bound text to
+    // the column's type itself, times to the millisecond; passed as text, the server converts it
+    // exactly. BLOBs and texts too long for a VARCHAR parameter go as they are.
+    QString marker(int col, const QVariant &value) const
     {
-        if (m_driver == QLatin1String("QIBASE") && value.metaType().id() == QMetaType::QString)
+        if (m_driver == QLatin1String("QIBASE") && value.metaType().id() == QMetaType::QString
+            && value.toString().size() <= 8191 && !m_change.types.value(col).startsWith(QLatin1String("blob")))
             return QStringLiteral("CAST(? AS VARCHAR(8191))");
         return QStringLiteral("?");
     }
@@ -153,7 +155,7 @@ private:
             if (resultIsNull(values[col])) {
                 terms << field(col) + QStringLiteral(" IS NULL");
             } else {
-                terms << field(col) + QStringLiteral(" = ") + marker(values[col]);
+                terms << field(col) + QStringLiteral(" = ") + marker(col, values[col]);
                 where.values << values[col];
             }
         }
@@ -202,7 +204,7 @@ private:
         // Only the changed columns are written: the others keep their exact database values,
         // whatever a round trip through the grid would have done to them.
         for (int col : m_change.changed) {
-            sets << field(col) + QStringLiteral(" = ") + marker(m_change.values[col]);
+            sets << field(col) + QStringLiteral(" = ") + marker(col, m_change.values[col]);
             values << m_change.values[col];
         }
         write(QStringLiteral("UPDATE ") + m_change.table + QStringLiteral(" SET ") + sets.join(QStringLiteral(", ")),
@@ -219,7 +221,7 @@ private:
             if (resultIsNull(m_change.values[col]))
                 continue;
             fields << field(col);
-            marks << marker(m_change.values[col]);
+            marks << marker(col, m_change.values[col]);
             values << m_change.values[col];
         }
         QString sql = QStringLiteral("INSERT INTO ") + m_change.table;
