@@ -72,9 +72,11 @@ struct Where
 class RowWriter
 {
 public:
-    RowWriter(const QSqlDatabase &db, const RowChange &change, const QStringList &key, bool textAsBytes)
-        : m_db(db), m_change(change), m_driver(db.driverName()), m_textAsBytes(textAsBytes)
+    RowWriter(const QSqlDatabase &db, const RowChange &change, TableKeyCache &keys)
+        : m_db(db), m_change(change), m_driver(db.driverName()), m_textAsBytes(keys.bindsTextAsBytes(db)),
+          m_incomparable(keys.incomparableOf(db, change.table))
     {
+        const QStringList key = keys.keyOf(db, change.table);
         for (const QString &name : key) {
             int col = int(change.columns.size()) - 1;
             while (col >= 0 && change.columns[col].compare(name, Qt::CaseInsensitive) != 0)
@@ -146,6 +148,7 @@ private:
             cols.clear();
             for (int col = 0; col < m_change.columns.size(); ++col)
                 if (ValueTypes::canLocate(m_driver, m_change.types.value(col))
+                    && !m_incomparable.contains(m_change.columns[col], Qt::CaseInsensitive)
                     && !(writtenOnly && resultIsNull(values[col])))
                     cols << col;
         }
@@ -307,6 +310,7 @@ private:
     RowChange m_change;
     QString m_driver;
     bool m_textAsBytes;
+    QStringList m_incomparable;
     QList<int> m_key;
     QVariant m_rowLocator;
 };
@@ -354,7 +358,7 @@ RowOutcome ResultWriteBack::apply(const QSqlDatabase &db, const RowChange &chang
 {
     if (!db.isOpen())
         throw VantryError(QStringLiteral("The connection is not open"));
-    return RowWriter(db, change, keys.keyOf(db, change.table), keys.bindsTextAsBytes(db)).apply();
+    return RowWriter(db, change, keys).apply();
 }
 
 void ResultWriteBack::accept(ResultTable &result, const RowOutcome &outcome)

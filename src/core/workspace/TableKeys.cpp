@@ -150,25 +150,54 @@ QStringList findTableKey(const QSqlDatabase &db, const QString &table)
     return key;
 }
 
-QStringList TableKeyCache::keyOf(const QSqlDatabase &db, const QString &table)
+QStringList findIncomparableColumns(const QSqlDatabase &db, const QString &table)
+{
+    if (db.driver()->dbmsType() != QSqlDriver::PostgreSQL)
+        return {};
+    QSqlQuery query(db);
+    query.setForwardOnly(true);
+    const QString sql = QStringLiteral(
+        "select a.attname from pg_catalog.pg_attribute a join pg_catalog.pg_type t on t.oid = a.atttypid"
+        " where a.attrelid = to_regclass(?) and a.attnum > 0 and not a.attisdropped"
+        " and t.typname in ('json', 'xml', 'point', 'lseg', 'path', 'box', 'polygon', 'line', 'circle')");
+    if (!query.exec(withLiterals(db, sql, {table})))
+        throw VantryError(sqlErrorText(query.lastError()));
+    QStringList columns;
+    while (query.next())
+        columns << query.value(0).toString();
+    return columns;
+}
+
+QStringList TableKeyCache::cached(QHash<QString, QStringList> &cache, const QSqlDatabase &db, const QString &table,
+                                  QStringList (*find)(const QSqlDatabase &, const QString &))
 {
     const QString id = db.connectionName() + QChar(0) + table;
     {
         QMutexLocker lock(&m_mutex);
-        const auto found = m_keys.constFind(id);
-        if (found != m_keys.constEnd())
+        const auto found = cache.constFind(id);
+        if (found != cache.constEnd())
             return *found;
     }
-    QStringList key;
+    QStringList columns;
     try {
-        key = findTableKey(db, table);
+        columns = find(db, table);
     } catch (const VantryError &) {
         // A catalogue the account may not read: rows are then found by all their fields, and
         // the exactly-one-row rule still guards every write.
     }
     QMutexLocker lock(&m_mutex);
-    m_keys.insert(id, key);
-    return key;
+    cache.insert(id, columns);
+    return columns;
+}
+
+QStringList TableKeyCache::keyOf(const QSqlDatabase &db, const QString &table)
+{
+    return cached(m_keys, db, table, findTableKey);
+}
+
+QStringList TableKeyCache::incomparableOf(const QSqlDatabase &db, const QString &table)
+{
+    return cached(m_incomparable, db, table, findIncomparableColumns);
 }
 
 bool TableKeyCache::bindsTextAsBytes(const QSqlDatabase &db)
@@ -194,5 +223,6 @@ void TableKeyCache::clear()
 {
     QMutexLocker lock(&m_mutex);
     m_keys.clear();
+    m_incomparable.clear();
     m_textAsBytes.clear();
 }

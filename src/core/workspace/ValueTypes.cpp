@@ -85,10 +85,11 @@ bool canLocate(const QString &driverName, const QString &typeName)
                && type != QLatin1String("qtime") && type != QLatin1String("qdatetime")
                && type != QLatin1String("double");
     // Through ODBC long data cannot be compared on most drivers, and the driver hands times over
-    // with milliseconds and decimals as doubles.
+    // with milliseconds, decimals as doubles and MariaDB's zero dates as NULL.
     if (driverName == QLatin1String("QODBC"))
         return type != QLatin1String("qbytearray") && type != QLatin1String("qtime")
-               && type != QLatin1String("qdatetime") && type != QLatin1String("double");
+               && type != QLatin1String("qdatetime") && type != QLatin1String("double")
+               && type != QLatin1String("qdate");
     return true;
 }
 

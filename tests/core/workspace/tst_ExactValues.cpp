@@ -97,6 +97,7 @@ private slots:
         QVERIFY(ValueTypes::canLocate("QIBASE", "timestamp"));
         QVERIFY(!ValueTypes::canLocate("QIBASE", "QDateTime")); // milliseconds only on the generic path
         QVERIFY(!ValueTypes::canLocate("QODBC", "double"));
+        QVERIFY(!ValueTypes::canLocate("QODBC", "QDate")); // a zero date arrives as NULL
         QVERIFY(ValueTypes::canLocate("QODBC", "QString"));
     }
 
