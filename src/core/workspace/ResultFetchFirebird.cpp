@@ -353,9 +353,9 @@ bool connectionIsUtf8(const QSqlDatabase &db)
     return options.contains(QLatin1String("LC_CTYPE=UTF8")) || options.contains(QLatin1String("LC_CTYPE=UNICODE_FSS"));
 }
 
-// A statement of its own, in a read-only snapshot transaction of its own: the rows are one
-// consistent view, the driver's transaction is left alone, and a snapshot streams rows and BLOBs
-// several times faster than a read-committed transaction does. Closing commits it.
+// A statement of its own, in a read-committed read-only transaction of its own: the fetch sees
+// what is committed, leaves the driver's transaction alone, and, read-only, does not hold back
+// the server's garbage collection while the grid keeps the cursor open. Closing commits it.
 class FirebirdCursor : public ResultCursor
 {
 public:
@@ -374,7 +374,8 @@ public:
     // Prepares and runs the statement; false when it is no query or has a type not read here.
     bool start(const QByteArray &sql)
     {
-        static const char tpb[] = {3 /* version3 */, 2 /* concurrency */, 8 /* read */, 7 /* wait */};
+        static const char tpb[] = {3 /* version3 */, 15 /* read_committed */, 17 /* rec_version */,
+                                   8 /* read */, 6 /* nowait */};
         m_session.check(m_api->startTransaction(m_session.status(), &m_session.m_transaction, 1, &m_session.m_db,
                                                 short(sizeof tpb), tpb));
         m_session.check(m_api->allocate(m_session.status(), &m_session.m_db, &m_session.m_statement));
