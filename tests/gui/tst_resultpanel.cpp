@@ -1,4 +1,4 @@
-#include "TestServers.h"
+#include "ResultPanelHarness.h"
 #include "components/DBGridEh1.h"
 #include "components/ResultFilterHeader.h"
 #include "components/ResultFindDialog.h"
@@ -27,16 +27,11 @@ class TestResultPanel : public QObject
 
     QTemporaryDir m_dir;
     QSqlDatabase m_db;
-    std::unique_ptr<RunService> m_run;
-    std::unique_ptr<ResultPanel> m_panel;
+    std::unique_ptr<ResultPanelHarness> m_harness;
+    ResultPanel *m_panel = nullptr;
 
-    // The panel works through a run service, as in a workspace tab: wait for its jobs to end.
-    void waitIdle() { QVERIFY(QTest::qWaitFor([this] { return !m_run->isBusy(); }, 10000)); }
-    void open(const QString &statement)
-    {
-        m_run->openTable(TestServers::sqlite(m_dir.filePath(QStringLiteral("p.db"))), statement, {});
-        waitIdle();
-    }
+    void waitIdle() { QVERIFY(m_harness->waitIdle()); }
+    void open(const QString &statement) { QVERIFY(m_harness->open(statement)); }
 
     void exec(const QString &sql)
     {
@@ -65,11 +60,8 @@ private slots:
         exec("insert into city values (3, 'Berlin', 'Germany', 3600000, '')");
         exec("insert into city values (4, 'Hamburg', 'Germany', 1800000, null)");
         exec("insert into city values (5, 'Vienna', 'Austria', 1900000, 'on the Danube')");
-        m_run = std::make_unique<RunService>();
-        m_panel = std::make_unique<ResultPanel>();
-        m_panel->setRunService(m_run.get(), [] { return RunService::Options(); });
-        connect(m_run.get(), &RunService::resultOpened, m_panel.get(), &ResultPanel::showResult);
-        connect(m_run.get(), &RunService::rowsFetched, m_panel.get(), &ResultPanel::appendRows);
+        m_harness = std::make_unique<ResultPanelHarness>(m_dir.filePath(QStringLiteral("p.db")));
+        m_panel = m_harness->panel.get();
         m_panel->setDeleteConfirmation([](int) { return true; });
         m_panel->resize(900, 400);
         m_panel->show();
@@ -77,8 +69,8 @@ private slots:
     }
     void cleanup()
     {
-        m_panel.reset();
-        m_run.reset();
+        m_harness.reset();
+        m_panel = nullptr;
         m_db.close();
         m_db = QSqlDatabase();
         QSqlDatabase::removeDatabase(QStringLiteral("p"));
@@ -95,8 +87,10 @@ private slots:
         QTest::newRow("clone") << "tbClone" << "Clone Record" << true;
         QTest::newRow("groupping") << "tbShowGroupping" << "Show Groupping" << true;
         QTest::newRow("read only") << "tbReadOnly" << "Read Only" << true;
-        QTest::newRow("export") << "tbExport" << "Export Data" << false;
-        QTest::newRow("excel") << "tbExcelExport" << "Export To Excel" << false;
+        QTest::newRow("export") << "tbExport" << "Export Data" << true;
+        QTest::newRow("print") << "tbPrint" << "Print" << true;
+        QTest::newRow("preview") << "tbPreview" << "Preview" << true;
+        QTest::newRow("excel") << "tbExcelExport" << "Export To Excel" << true;
         QTest::newRow("import") << "tbImport" << "Import Data" << false;
     }
     void buttons()
@@ -134,7 +128,7 @@ private slots:
     void editsReachDatabase()
     {
         DBGridEh1 *grid = m_panel->grid();
-        QSignalSpy failures(m_panel.get(), &ResultPanel::commandFailed);
+        QSignalSpy failures(m_panel, &ResultPanel::commandFailed);
         // edit, then leave the row: the row is written
         grid->setCurrentIndex(model()->index(1, 1));
         QVERIFY(model()->setData(model()->index(1, 1), "Lyon 2"));
@@ -292,7 +286,7 @@ private slots:
 
     void failedWriteKeepsTheEdit()
     {
-        QSignalSpy failures(m_panel.get(), &ResultPanel::commandFailed);
+        QSignalSpy failures(m_panel, &ResultPanel::commandFailed);
         exec("delete from city where id = 3");  // changed elsewhere: the row is gone
         QVERIFY(model()->setData(model()->index(2, 1), "Berlin 2"));
         m_panel->tbPostClick();

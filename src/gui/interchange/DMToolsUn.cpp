@@ -1,42 +1,41 @@
 #include "interchange/DMToolsUn.h"
 
+#include "ui/AppStyles.h"
+
 #include <QApplication>
 #include <QPalette>
+#include <QStyle>
 #include <QStyleFactory>
 
 namespace {
 
-struct StylePalette
-{
-    const char *window;
-    const char *button;
-    const char *highlight;
-    const char *gridTitle;  // empty: the style leaves grid titles alone
-    bool dark;
-};
+// SetTheme's theme numbers 0 to 11.
+const TAppStyle kThemes[] = {tsOffice2003Blue,  tsOffice2003Olive,   tsOffice2007Luna, tsOffice2007Obsidian,
+                             tsOffice2010Blue,  tsOffice2010Silver,  tsOffice2010Black, tsWindowsXP,
+                             tsWhidbey,         tsWindowsVista,      tsWindows7,       tsTerminal};
 
-// One palette per entry of the style list, in its order.
-const StylePalette kPalettes[] = {
-    {"#dbe6f4", "#c3d9f5", "#3d7bd4", "#a9c8f0", false},  // Office 2003 Blue
-    {"#e4e4ec", "#d4d4e0", "#6f6f8f", "", false},         // Office 2003 Silver
-    {"#ecedd8", "#d9dcb5", "#7c8a3c", "", false},         // Office 2003 Olive
-    {"#d6e3f3", "#bfd5f0", "#2f6cc0", "#b7d0f2", false},  // Office 2007 Luna
-    {"#4a4f57", "#5c626b", "#e1a33a", "", true},          // Office 2007 Obsidian
-    {"#eef0f3", "#dfe3e8", "#6d7b8d", "", false},         // Office 2007 Silver
-    {"#dde8f5", "#c9dbf1", "#2b6cc4", "#c6dcf5", false},  // Office 2010 Blue
-    {"#eceff2", "#dde2e7", "#5c6b7c", "", false},         // Office 2010 Silver
-    {"#3a3a3a", "#4b4b4b", "#d39b2a", "#5a5a5a", true},   // Office 2010 Black
-    {"#ece9d8", "#e0ddc8", "#316ac5", "", false},         // Windows XP
-    {"#f0efe6", "#e5e3d3", "#4a7fc1", "", false},         // Whidbey
-    {"#eef3f8", "#dfe8f1", "#3399ff", "", false},         // Windows Vista
-    {"#f0f0f0", "#e5e5e5", "#3399ff", "", false},         // Windows 7
-    {"#101010", "#1c1c1c", "#2e8b57", "", true},          // Terminal
-};
+// The workspace's style list, entry by entry.
+const TAppStyle kListStyles[] = {tsOffice2003Blue, tsOffice2003Silver, tsOffice2003Olive,   tsOffice2007Luna,
+                                 tsOffice2007Obsidian, tsOffice2007Silver, tsOffice2010Blue, tsOffice2010Silver,
+                                 tsOffice2010Black, tsWindowsXP,        tsWhidbey,         tsWindowsVista,
+                                 tsWindows7,        tsTerminal,         tsDesktop};
+
+// Whether the desktop the program started on uses a dark scheme: its own palette's window colour
+// is dark, or the GTK theme asks for the dark variant.
+bool desktopIsDark()
+{
+    if (qEnvironmentVariable("GTK_THEME").endsWith(QLatin1String(":dark"), Qt::CaseInsensitive))
+        return true;
+    if (!qobject_cast<QApplication *>(QCoreApplication::instance()))
+        return false;
+    return QApplication::style()->standardPalette().color(QPalette::Window).lightness() < 128
+           || QGuiApplication::palette().color(QPalette::Window).lightness() < 128;
+}
 
 } // namespace
 
 TdmTools::TdmTools(QObject *parent)
-    : QObject(parent)
+    : QObject(parent), m_desktopDark(desktopIsDark())
 {
     setObjectName(QStringLiteral("dmTools"));
 }
@@ -48,43 +47,43 @@ const QStringList &TdmTools::styleNames()
         QStringLiteral("Office 2007 Luna"),    QStringLiteral("Office 2007 Obsidian "), QStringLiteral("Office 2007 Silver"),
         QStringLiteral("Office 2010 Blue"),    QStringLiteral("Office 2010 Silver"), QStringLiteral("Office 2010 Black"),
         QStringLiteral("Windows XP"),          QStringLiteral("Whidbey"),            QStringLiteral("Windows Vista"),
-        QStringLiteral("Windows 7"),           QStringLiteral("Terminal "),
+        QStringLiteral("Windows 7"),           QStringLiteral("Terminal "),          QStringLiteral("Desktop"),
     };
     return names;
 }
 
 void TdmTools::setApplicationStyle(int index)
 {
-    if (index < 0 || index >= int(std::size(kPalettes)))
+    if (index < 0 || index >= int(std::size(kListStyles)))
         index = 0;
     if (index == m_style)
         return;
     m_style = index;
+    m_appStyle = kListStyles[index];
+    aasChange();
+}
+
+void TdmTools::SetTheme(int theme)
+{
+    m_theme = theme;
+    if (theme >= 0 && theme < int(std::size(kThemes)))
+        m_appStyle = kThemes[theme];
+    aasChange();
+}
+
+void TdmTools::aasChange()
+{
+    const TAppStyle style = TAppStyle(m_appStyle);
+    m_components = AppStyles::componentStyles(style);
     if (qobject_cast<QApplication *>(QCoreApplication::instance())) {
-        const StylePalette &p = kPalettes[index];
         QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
-        QPalette palette;
-        const QColor text = p.dark ? QColor(0xe8, 0xe8, 0xe8) : QColor(Qt::black);
-        palette.setColor(QPalette::Window, QColor(QLatin1String(p.window)));
-        palette.setColor(QPalette::Button, QColor(QLatin1String(p.button)));
-        palette.setColor(QPalette::Highlight, QColor(QLatin1String(p.highlight)));
-        palette.setColor(QPalette::HighlightedText, Qt::white);
-        palette.setColor(QPalette::WindowText, text);
-        palette.setColor(QPalette::ButtonText, text);
-        palette.setColor(QPalette::Text, p.dark ? text : QColor(Qt::black));
-        palette.setColor(QPalette::Base, p.dark ? QColor(QLatin1String(p.button)).darker(130) : QColor(Qt::white));
-        palette.setColor(QPalette::AlternateBase, QColor(QLatin1String(p.window)).lighter(p.dark ? 120 : 104));
-        palette.setColor(QPalette::ToolTipBase, QColor(0xff, 0xff, 0xe1));
-        palette.setColor(QPalette::ToolTipText, Qt::black);
-        QApplication::setPalette(palette);
+        QApplication::setPalette(AppStyles::palette(style, m_desktopDark));
+        qApp->setStyleSheet(AppStyles::styleSheet(style, m_desktopDark));
     }
-    emit applicationStyleChanged(index);
+    emit applicationStyleChanged(m_style);
 }
 
 QColor TdmTools::gridTitleColor() const
 {
-    if (m_style < 0)
-        return {};
-    const char *c = kPalettes[m_style].gridTitle;
-    return *c ? QColor(QLatin1String(c)) : QColor();
+    return m_style < 0 ? QColor() : AppStyles::gridTitleColor(TAppStyle(m_appStyle));
 }

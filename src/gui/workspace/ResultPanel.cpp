@@ -6,6 +6,7 @@
 #include "components/ResultGridModel.h"
 #include "components/ResultGroupingPanel.h"
 #include "workspace/ResultWriteBack.h"
+#include "interchange/DMToolsUn.h"
 
 #include <QAction>
 #include <QLabel>
@@ -48,11 +49,12 @@ ResultPanel::ResultPanel(QWidget *parent) : QWidget(parent)
     for (QAction *toggle : {fit, group, readOnly})
         toggle->setCheckable(true);
     m_toolbar->addSeparator()->setObjectName(QStringLiteral("sp3"));
-    // Export, print and import arrive with the tools service and the import wizard.
-    for (auto [name, caption, hint] : {std::tuple{"tbExport", "Export", "Export Data"}, {"tbPrint", "Print", "Print"},
-                                       {"tbPreview", "Preview", "Preview"}, {"tbExcelExport", "Excel", "Export To Excel"},
-                                       {"tbImport", "Import", "Import Data"}})
-        addButton(name, QString::fromLatin1(caption), QString::fromLatin1(hint))->setEnabled(false);
+    QAction *exportData = addButton("tbExport", QStringLiteral("Export"), QStringLiteral("Export Data"));
+    QAction *print = addButton("tbPrint", QStringLiteral("Print"), QStringLiteral("Print"));
+    QAction *preview = addButton("tbPreview", QStringLiteral("Preview"), QStringLiteral("Preview"));
+    QAction *excel = addButton("tbExcelExport", QStringLiteral("Excel"), QStringLiteral("Export To Excel"));
+    // Import arrives with the import wizard.
+    addButton("tbImport", QStringLiteral("Import"), QStringLiteral("Import Data"))->setEnabled(false);
     m_toolbar->addWidget(m_status);
 
     connect(refresh, &QAction::triggered, this, &ResultPanel::Refresh1Click);
@@ -64,12 +66,18 @@ ResultPanel::ResultPanel(QWidget *parent) : QWidget(parent)
     connect(fit, &QAction::triggered, this, &ResultPanel::tbOptimizeWidthClick);
     connect(group, &QAction::triggered, this, &ResultPanel::tbShowGrouppingClick);
     connect(readOnly, &QAction::triggered, this, &ResultPanel::tbReadOnlyClick);
+    connect(exportData, &QAction::triggered, this, &ResultPanel::MenuItem1Click);
+    connect(print, &QAction::triggered, this, &ResultPanel::Print1Click);
+    connect(preview, &QAction::triggered, this, &ResultPanel::MenuItem4Click);
+    connect(excel, &QAction::triggered, this, &ResultPanel::tbExcelExportClick);
 
     // The grid's pop-up menu carries the same commands.
     m_menu = new QMenu(this);
     m_menu->setObjectName(QStringLiteral("PMGrid"));
     for (auto [name, caption, action] : {std::tuple{"Refresh1", "Refresh", refresh}, {"Add1", "Add", add},
-                                         {"Delete1", "Delete", del}, {"Find1", "Find", find}}) {
+                                         {"Delete1", "Delete", del}, {"Find1", "Find", find},
+                                         {"MenuItem1", "Export Data", exportData}, {"Print1", "Print", print},
+                                         {"MenuItem4", "Preview", preview}}) {
         QAction *item = m_menu->addAction(QString::fromLatin1(caption), action, &QAction::trigger);
         item->setObjectName(QString::fromLatin1(name));
         item->setShortcut(action->shortcut());
@@ -135,6 +143,8 @@ ResultPanel::ResultPanel(QWidget *parent) : QWidget(parent)
 
 ResultPanel::~ResultPanel()
 {
+    if (m_tools)
+        m_tools->cancelExports(this);  // an export still reading these rows stops first
     // The grid outlives m_query (children die in the QWidget destructor): let go of the rows first.
     m_grid->setResult(nullptr);
 }
@@ -168,9 +178,12 @@ void ResultPanel::guarded(Fn fn)
 
 void ResultPanel::closeResult()
 {
+    if (m_tools)
+        m_tools->cancelExports(this);  // an export still reading these rows stops first
     m_grid->setResult(nullptr);
     m_query.close();
     m_waitingBatches.clear();
+    m_afterFetchAll = {};
     m_fetching = m_fetchingAll = false;
     if (m_find)
         m_find->hide();

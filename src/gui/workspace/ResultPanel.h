@@ -12,6 +12,8 @@ class QMenu;
 class QToolBar;
 class ResultFindDialog;
 class ResultGroupingPanel;
+class ExportSource;
+class TdmTools;
 
 // The result area Panel3 of a workspace tab: the grid toolbar and the grid DBGridEh1 with its
 // commands. The tab's run service opens a query and hands its first rows here; further rows are
@@ -55,6 +57,9 @@ public:
     bool showGrouppingDown() const;
     void setShowGrouppingDown(bool down);
 
+    // The tools service that exports and prints the grid; without it those commands do nothing.
+    void setTools(TdmTools *tools) { m_tools = tools; }
+
     // Asked before Delete1Click deletes; the default shows a question box. Tests replace it.
     void setDeleteConfirmation(std::function<bool(int rows)> confirm) { m_confirmDelete = std::move(confirm); }
     enum class PendingChoice { Save, Discard, Cancel };
@@ -72,6 +77,11 @@ public slots:
     void tbOptimizeWidthClick(); // fits all column widths
     void tbShowGrouppingClick(); // shows or hides the grouping panel
     void tbReadOnlyClick();      // read-only mode
+    // In ResultPanelExport.cpp:
+    void MenuItem1Click();       // exports the grid's rows to a file (Export Data)
+    void Print1Click();          // grid print preview; "Print" deliberately previews too
+    void MenuItem4Click();       // grid print preview (Preview)
+    void tbExcelExportClick();   // exports the grid's rows to a workbook (Export To Excel)
 
 signals:
     // A command failed; the text names the cause. The tab logs it.
@@ -94,6 +104,9 @@ private:
     void rebuildingChanged(bool rebuilding);
     // True, with a message, while a large result is being ordered: the table must not change.
     bool refuseWhileSorting();
+    // Runs `then` once every row of the result is fetched (at once when none remain).
+    void withAllRows(std::function<void()> then);
+    std::shared_ptr<ExportSource> exportSource();
     void setGroupColumns(const QVector<int> &columns);
 
     ResultQuery m_query;
@@ -117,4 +130,6 @@ private:
         bool moreRemain;
     };
     std::vector<WaitingBatch> m_waitingBatches;  // arrived while the rows were being ordered
+    std::function<void()> m_afterFetchAll;       // an export waiting for the last rows
+    TdmTools *m_tools = nullptr;
 };

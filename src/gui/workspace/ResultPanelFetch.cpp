@@ -11,6 +11,8 @@
 #include <QMessageBox>
 #include <QScrollBar>
 
+#include <utility>
+
 void ResultPanel::setRunService(RunService *run, std::function<RunService::Options()> options)
 {
     m_run = run;
@@ -63,8 +65,11 @@ void ResultPanel::appendRows(std::shared_ptr<ResultTable> batch, bool moreRemain
         model->rowsAppended(firstNew);
     else if (!moreRemain)
         m_grid->refreshRows();
-    if (!moreRemain)
+    if (!moreRemain) {
         m_fetchingAll = false;
+        if (auto then = std::exchange(m_afterFetchAll, {}))
+            then();
+    }
     updateState();
     fetchIfNearEnd();
 }
@@ -91,6 +96,7 @@ bool ResultPanel::refuseWhileSorting()
 void ResultPanel::fetchingStopped()
 {
     m_fetching = m_fetchingAll = false;
+    m_afterFetchAll = {};  // the export waits for rows that will not come: the user sees why in the log
     m_query.stopFetching();
     if (m_query.isOpen() && !m_grid->gridModel()->view().isIdentity())
         m_grid->refreshRows();

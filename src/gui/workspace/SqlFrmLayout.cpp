@@ -114,8 +114,17 @@ private:
         QToolBar *tb2 = f->tb2 = toolbar(adptop, "tb2");
         QToolButton *open = tool(tb2, "tbOpen", QStringLiteral("Open"), QStringLiteral("Open"));
         QToolButton *save = tool(tb2, "tbSave", QStringLiteral("Save"), QStringLiteral("Save"));
-        tool(tb2, "tbPrintSQL", QStringLiteral("Print"), QStringLiteral("Print"));
-        tool(tb2, "tbPrintPreview", QStringLiteral("Preview"), QStringLiteral("Print Preview"));
+        QToolButton *printSql = tool(tb2, "tbPrintSQL", QStringLiteral("Print"), QStringLiteral("Print"));
+        QToolButton *previewSql = tool(tb2, "tbPrintPreview", QStringLiteral("Preview"), QStringLiteral("Print Preview"));
+        // ToolButton8Click and tbPreview2Click: print or preview the editor text as "Sql Script".
+        QObject::connect(printSql, &QToolButton::clicked, f, [f = this->f] {
+            if (f->m_services.tools)
+                f->m_services.tools->PrintSynEdit(f->se, QStringLiteral("Sql Script"));
+        });
+        QObject::connect(previewSql, &QToolButton::clicked, f, [f = this->f] {
+            if (f->m_services.tools)
+                f->m_services.tools->PreviewSynEdit(f->se, QStringLiteral("Sql Script"));
+        });
         tb2->addSeparator();
         QToolButton *cut = tool(tb2, "tbCut", QStringLiteral("Cut"), QString());
         QToolButton *copy = tool(tb2, "tbCopy", QStringLiteral("Copy"), QString());
@@ -159,7 +168,7 @@ private:
         QObject::connect(redo, &QToolButton::clicked, f, [f = this->f] { f->se->redo(); });
         open->setEnabled(false);
         save->setEnabled(false);
-        for (const char *name : {"tbPrintSQL", "tbPrintPreview", "tbFindSQL", "rbRepeatSearch", "tbReS", "tbSQLBuilder"})
+        for (const char *name : {"tbFindSQL", "rbRepeatSearch", "tbReS", "tbSQLBuilder"})
             f->findChild<QToolButton *>(QString::fromLatin1(name))->setEnabled(false);
         return adptop;
     }
@@ -308,10 +317,12 @@ private:
 
         f->Panel3 = new ResultPanel(f->Splitter1);
         f->Panel3->setObjectName(QStringLiteral("Panel3"));
+        f->Panel3->setTools(f->m_services.tools);
         QObject::connect(f->Panel3, &ResultPanel::commandFailed, f, &TSqlFrm::logGridFailure);
         f->Splitter1->addWidget(f->Panel3);
 
         f->LogPanel = new TSqlLogFrame(f->Splitter1);
+        f->LogPanel->setTools(f->m_services.tools);
         f->Splitter1->addWidget(f->LogPanel);
         f->Splitter1->setStretchFactor(1, 1);
         f->Splitter1->setSizes({220, 400, 150});

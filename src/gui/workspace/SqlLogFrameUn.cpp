@@ -2,6 +2,8 @@
 
 #include "app/VantryError.h"
 #include "components/SqlEditor.h"
+#include "interchange/DMToolsUn.h"
+#include "ui/ModelExportSource.h"
 #include "ui/SePrintPreviewUn.h"
 #include "workspace/ExecutionLog.h"
 #include "workspace/LogTableModel.h"
@@ -144,11 +146,8 @@ QMenu *TSqlLogFrame::buildGridMenu()
     auto *menu = new QMenu(this);
     menu->setObjectName(QStringLiteral("pmGrid"));
     addEntry(menu, "Find1", QStringLiteral("Find"), QKeySequence(Qt::CTRL | Qt::Key_F), this, &TSqlLogFrame::Find1Click);
-    for (const auto &[name, caption] : {std::pair{"PrintGridMenuItem", "Print"}, std::pair{"PrintPreviewMenuItem", "Print Preview"}}) {
-        QAction *a = menu->addAction(QString::fromLatin1(caption));
-        a->setObjectName(QString::fromLatin1(name));
-        a->setEnabled(false);  // grid printing comes with the tools service's printing
-    }
+    addEntry(menu, "PrintGridMenuItem", QStringLiteral("Print"), {}, this, &TSqlLogFrame::PrintGridMenuItemClick);
+    addEntry(menu, "PrintPreviewMenuItem", QStringLiteral("Print Preview"), {}, this, &TSqlLogFrame::PrintPreviewMenuItemClick);
     // The grid's "Clear" empties both views; the text view's "Clear" keeps the table. Deliberate.
     addEntry(menu, "MenuItem10", QStringLiteral("Clear"), {}, this, &TSqlLogFrame::MenuItem10Click);
     return menu;
@@ -212,6 +211,18 @@ void TSqlLogFrame::RepeatSearch1Click()
 
 void TSqlLogFrame::Print1Click() { SePrintPreview::show(seLog, QStringLiteral("Sql Script Error Log"), this); }
 void TSqlLogFrame::PrintPreview1Click() { SePrintPreview::show(seLog, QStringLiteral("Execution Log"), this); }
+
+void TSqlLogFrame::PrintGridMenuItemClick()
+{
+    if (m_tools)
+        m_tools->PrintGrid(this, ModelExportSource(gLog->model()), QStringLiteral("Execution Log"));
+}
+
+void TSqlLogFrame::PrintPreviewMenuItemClick()
+{
+    if (m_tools)
+        m_tools->PrintPreviewGrid(window(), std::make_shared<ModelExportSource>(gLog->model()), QStringLiteral("Execution Log"));
+}
 void TSqlLogFrame::Clear1Click() { seLog->clear(); }
 void TSqlLogFrame::MenuItem10Click() { Clear(); }
 

@@ -11,6 +11,8 @@ class QsciScintilla;
 
 // The execution log at the foot of a tab: a table of every statement run (number, status picture,
 // times, statement, message, time taken) and the same as running text in an editable view.
+class TdmTools;
+
 class TSqlLogFrame : public QWidget
 {
     Q_OBJECT
@@ -25,6 +27,9 @@ public:
     void SetMessage(const QString &message, int status);
     // Empties the text view and the table; numbering restarts at 1.
     void Clear();
+
+    // The tools service that prints the grid; without it the grid's print entries do nothing.
+    void setTools(TdmTools *tools) { m_tools = tools; }
 
     // Writes the text view's lines to `fileName` (no header, no columns).
     void saveLogTo(const QString &fileName);
@@ -42,6 +47,8 @@ public slots:
     void SaveLog1Click();
     // Grid menu.
     void Find1Click();
+    void PrintGridMenuItemClick();     // prints gLog as "Execution Log"
+    void PrintPreviewMenuItemClick();  // previews gLog as "Execution Log"
     void MenuItem10Click();
 
 private:
@@ -56,6 +63,7 @@ private:
     QSortFilterProxyModel *m_sorted;
     QTabWidget *PC;
     QTableView *gLog;
+    TdmTools *m_tools = nullptr;
     QsciScintilla *seLog;
     QString m_lastSearch;
 };

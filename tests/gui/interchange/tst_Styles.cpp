@@ -1,0 +1,155 @@
+#include "app/SettingsStore.h"
+#include "interchange/DMToolsUn.h"
+#include "ui/AppStyles.h"
+#include "ui/DgUn.h"
+
+#include "GuiFixture.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+
+// Themes and styles of the tools service (the theme table, the component styles, readable
+// colours in every style) and the dialog base TDlgFrm. With VANTRY_STYLE_SCREENSHOTS set to a
+// folder, the main window is saved there in two styles.
+class TestStyles : public QObject
+{
+    Q_OBJECT
+
+    static void checkReadable(const QPalette &p, const QColor &gridTitle, const QString &style)
+    {
+        const std::pair<QPalette::ColorRole, QPalette::ColorRole> pairs[] = {
+            {QPalette::WindowText, QPalette::Window},      {QPalette::ButtonText, QPalette::Button},
+            {QPalette::Text, QPalette::Base},              {QPalette::Text, QPalette::AlternateBase},
+            {QPalette::HighlightedText, QPalette::Highlight}, {QPalette::ToolTipText, QPalette::ToolTipBase},
+            {QPalette::PlaceholderText, QPalette::Base},   {QPalette::Link, QPalette::Base},
+        };
+        for (auto [text, background] : pairs) {
+            const double ratio = AppStyles::contrast(p.color(text), p.color(background));
+            QVERIFY2(ratio >= 4.5, qPrintable(QStringLiteral("%1: roles %2 on %3 give %4:1")
+                                                  .arg(style).arg(int(text)).arg(int(background)).arg(ratio)));
+        }
+        if (gridTitle.isValid())
+            QVERIFY2(AppStyles::contrast(p.color(QPalette::ButtonText), gridTitle) >= 4.5, qPrintable(style));
+    }
+
+private slots:
+    void contrastFormula()
+    {
+        QCOMPARE(qRound(AppStyles::contrast(Qt::black, Qt::white)), 21);
+        QCOMPARE(AppStyles::contrast(Qt::red, Qt::red), 1.0);
+    }
+
+    void everyStyleIsReadable()
+    {
+        TdmTools tools;
+        for (int entry = 0; entry < TdmTools::styleNames().size(); ++entry) {
+            tools.setApplicationStyle(entry);
+            checkReadable(QApplication::palette(), tools.gridTitleColor(), TdmTools::styleNames()[entry]);
+        }
+        for (int style = 0; style < AppStyleCount; ++style)
+            for (bool dark : {false, true})
+                checkReadable(AppStyles::palette(TAppStyle(style), dark), AppStyles::gridTitleColor(TAppStyle(style)),
+                              QStringLiteral("style %1%2").arg(style).arg(dark ? " (dark desktop)" : ""));
+    }
+
+    void themesChooseStylesAndComponentStyles_data()
+    {
+        QTest::addColumn<int>("theme");
+        QTest::addColumn<int>("style");
+        QTest::addColumn<QList<int>>("components");
+        QTest::newRow("0") << 0 << int(tsOffice2003Blue) << QList<int>{0, 0, 4, 0, 0};
+        QTest::newRow("1") << 1 << int(tsOffice2003Olive) << QList<int>{2, 2, 5, 2, 2};
+        QTest::newRow("3") << 3 << int(tsOffice2007Obsidian) << QList<int>{5, 5, 9, 5, 5};
+        QTest::newRow("7") << 7 << int(tsWindowsXP) << QList<int>{3, 6, 0, 6, 6};
+        QTest::newRow("9") << 9 << int(tsWindowsVista) << QList<int>{8, 10, 14, 10, 11};
+        QTest::newRow("11") << 11 << int(tsTerminal) << QList<int>{11, 12, 16, 12, 13};
+        QTest::newRow("6") << 6 << int(tsOffice2010Black) << QList<int>{14, 15, 19, 15, 16};
+    }
+    void themesChooseStylesAndComponentStyles()
+    {
+        QFETCH(int, theme);
+        QFETCH(int, style);
+        QFETCH(QList<int>, components);
+        TdmTools tools;
+        tools.SetTheme(theme);
+        QCOMPARE(tools.theme(), theme);
+        QCOMPARE(int(tools.appStyle()), style);
+        const ComponentStyles c = tools.componentStyles();
+        QCOMPARE((QList<int>{c.menu, c.pageControl, c.panel, c.statusBar, c.toolbar}), components);
+    }
+
+    // Styles without a row in the table keep the fallbacks.
+    void unlistedStylesKeepFallbacks()
+    {
+        const ComponentStyles fallback{6, 8, 12, 8, 8};
+        QVERIFY(AppStyles::componentStyles(tsOffice2003Classic) == fallback);
+        QVERIFY(AppStyles::componentStyles(tsCustom) == fallback);
+        TdmTools tools;
+        tools.setApplicationStyle(TdmTools::styleNames().indexOf(QStringLiteral("Office 2003 Silver")));
+        QCOMPARE(int(tools.appStyle()), int(tsOffice2003Silver));
+        QCOMPARE(tools.componentStyles().panel, 6);
+    }
+
+    void themeTwelveKeepsStyleButReappliesComponents()
+    {
+        TdmTools tools;
+        tools.SetTheme(4);  // Office 2010 Blue
+        QSignalSpy changed(&tools, &TdmTools::applicationStyleChanged);
+        tools.SetTheme(12);
+        QCOMPARE(tools.theme(), 12);
+        QCOMPARE(int(tools.appStyle()), int(tsOffice2010Blue));
+        QCOMPARE(changed.size(), 1);
+        QCOMPARE(tools.componentStyles().panel, 17);
+    }
+
+    void screenshots()
+    {
+        const QString folder = qEnvironmentVariable("VANTRY_STYLE_SCREENSHOTS");
+        if (folder.isEmpty())
+            QSKIP("VANTRY_STYLE_SCREENSHOTS not set");
+        GuiFixture fixture;
+        TMFrm *window = fixture.show();
+        for (const QString &name : {QStringLiteral("Office 2007 Luna"), QStringLiteral("Office 2010 Black")}) {
+            auto *list = window->findChild<QComboBox *>(QStringLiteral("cbStyle"));
+            list->setCurrentIndex(TdmTools::styleNames().indexOf(name));
+            emit list->activated(list->currentIndex());
+            QTest::qWait(300);
+            QVERIFY(window->grab().save(QDir(folder).filePath(name.simplified().replace(' ', '_') + ".png")));
+        }
+    }
+
+    void dialogEnterConfirmsAndPlacementIsKept()
+    {
+        QTemporaryDir dir;
+        SettingsStore settings(dir.filePath(QStringLiteral("Vantry.ini")));
+        QPoint moved;
+        {
+            auto *dialog = new TDlgFrm(&settings);
+            dialog->setAttribute(Qt::WA_DeleteOnClose, false);
+            dialog->show();
+            dialog->move(40, 30);
+            moved = dialog->pos();
+            QTest::keyClick(dialog, Qt::Key_Return);
+            QCOMPARE(dialog->result(), int(QDialog::Accepted));
+            QVERIFY(!dialog->isVisible());
+            delete dialog;
+        }
+        QVERIFY(settings.contains(QStringLiteral("DlgFrm\\"), QStringLiteral("DlgFrm.Left")));
+        TDlgFrm again(&settings);
+        again.setAttribute(Qt::WA_DeleteOnClose, false);
+        int okRuns = 0;
+        again.setOkHandler([&okRuns] { ++okRuns; });
+        again.show();
+        QCOMPARE(again.pos(), moved);
+        QTest::keyClick(&again, Qt::Key_Enter);
+        QCOMPARE(okRuns, 1);
+        QCOMPARE(again.result(), int(QDialog::Accepted));
+    }
+};
+
+QTEST_MAIN(TestStyles)
+#include "tst_Styles.moc"
