@@ -83,7 +83,7 @@ private slots:
         QTest::addColumn<QString>("server");
         QTest::addColumn<QString>("path");
         QTest::newRow("postgres native") << "postgres" << "postgres";
-        QTest::newRow("mariadb") << "mariadb" << "generic";
+        QTest::newRow("mariadb native") << "mariadb" << "mariadb";
         QTest::newRow("odbc sqlite") << "odbc-sqlite" << "generic";
         QTest::newRow("odbc postgres") << "odbc-postgres" << "generic";
         QTest::newRow("odbc mariadb") << "odbc-mariadb" << "generic";
