@@ -91,42 +91,16 @@ class TestExactWriteBack : public QObject
         const QString name = QStringLiteral("exact-%1-%2").arg(server, role);
         if (QSqlDatabase::contains(name))
             return QSqlDatabase::database(name);
-        using TestServers::env;
         const Engine e = engine(server);
-        QSqlDatabase db = QSqlDatabase::addDatabase(e.driver, name);
-        if (server == QLatin1String("postgres")) {
-            db.setHostName(env("VANTRY_PG_HOST"));
-            db.setPort(env("VANTRY_PG_PORT").toInt());
-            db.setDatabaseName(env("VANTRY_PG_DATABASE"));
-            db.setUserName(env("VANTRY_PG_USER"));
-            db.setPassword(env("VANTRY_PG_PASSWORD"));
-        } else if (server == QLatin1String("mariadb")) {
-            db.setHostName(env("VANTRY_MYSQL_HOST"));
-            db.setPort(env("VANTRY_MYSQL_PORT").toInt());
-            db.setDatabaseName(env("VANTRY_MYSQL_DATABASE"));
-            db.setUserName(env("VANTRY_MYSQL_USER"));
-            db.setPassword(env("VANTRY_MYSQL_PASSWORD"));
-        } else if (server == QLatin1String("firebird")) {
-            db.setHostName(env("VANTRY_FB_HOST"));
-            db.setPort(env("VANTRY_FB_PORT").toInt());
-            db.setDatabaseName(env("VANTRY_FB_DATABASE"));
-            db.setUserName(env("VANTRY_FB_USER"));
-            db.setPassword(env("VANTRY_FB_PASSWORD"));
-            db.setConnectOptions(QStringLiteral("ISC_DPB_LC_CTYPE=UTF8"));
-        } else if (server == QLatin1String("sqlite")) {
+        QSqlDatabase db;
+        if (server == QLatin1String("sqlite")) {
+            db = QSqlDatabase::addDatabase(e.driver, name);
             db.setDatabaseName(m_dir.filePath(QStringLiteral("exact.sqlite")));
+            if (!db.open())
+                qWarning() << server << db.lastError().text();
         } else {
-            const bool pg = server.endsWith(QLatin1String("postgres"));
-            db.setDatabaseName(pg ? env("VANTRY_ODBC_PG_DSN")
-                                  : server.endsWith(QLatin1String("mariadb")) ? env("VANTRY_ODBC_MYSQL_DSN")
-                                                                              : env("VANTRY_ODBC_SQLITE_DSN"));
-            if (!server.endsWith(QLatin1String("sqlite"))) {
-                db.setUserName(env(pg ? "VANTRY_PG_USER" : "VANTRY_MYSQL_USER"));
-                db.setPassword(env(pg ? "VANTRY_PG_PASSWORD" : "VANTRY_MYSQL_PASSWORD"));
-            }
+            db = TestServers::openServer(server, name);
         }
-        if (!db.open())
-            qWarning() << server << db.lastError().text();
         if (e.driver == QLatin1String("QMYSQL") || server == QLatin1String("odbc-mariadb"))
             QSqlQuery(db).exec(QStringLiteral("set session sql_mode = ''")); // zero dates allowed
         return db;
