@@ -2,6 +2,7 @@
 // The benchmark data set shared by the fetch benchmarks: 1,000,000 rows x 10 columns of mixed
 // types (integers, reals, short and long texts, NULLs) in a SQLite file and a PostgreSQL table,
 // and the raw client loops that read them as the reference.
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QString>
@@ -145,6 +146,17 @@ inline void createPostgres(const QByteArray &conninfo, int rows)
         std::printf("PostgreSQL fill failed: %s\n", PQresultErrorMessage(result));
     PQclear(result);
     PQfinish(conn);
+}
+
+// Generates the SQLite file `name` in the benchmarks' temporary folder and returns its path.
+inline QString generatedSqliteFile(const char *name, int rows)
+{
+    const QString dir = QDir::tempPath() + QStringLiteral("/vantry-bench");
+    QDir().mkpath(dir);
+    const QString file = dir + QLatin1Char('/') + QLatin1String(name);
+    std::printf("Generating %d rows x 10 columns in %s ...\n", rows, qPrintable(file));
+    createSqlite(file, rows);
+    return file;
 }
 
 inline QByteArray postgresConninfo()

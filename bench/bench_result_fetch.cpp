@@ -74,11 +74,7 @@ int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
     const int rows = argc > 1 ? std::atoi(argv[1]) : 1000000;
-    const QString dir = QDir::tempPath() + QStringLiteral("/vantry-bench");
-    QDir().mkpath(dir);
-    const QString file = dir + QStringLiteral("/result_fetch.db");
-    std::printf("Generating %d rows x 10 columns in %s ...\n", rows, qPrintable(file));
-    createSqlite(file, rows);
+    const QString file = BenchData::generatedSqliteFile("result_fetch.db", rows);
 
     {
         QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("bench"));

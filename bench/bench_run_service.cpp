@@ -161,11 +161,7 @@ int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
     const int rows = argc > 1 ? std::atoi(argv[1]) : 1000000;
-    const QString dir = QDir::tempPath() + QStringLiteral("/vantry-bench");
-    QDir().mkpath(dir);
-    const QString file = dir + QStringLiteral("/run_service.db");
-    std::printf("Generating %d rows x 10 columns in %s ...\n", rows, qPrintable(file));
-    BenchData::createSqlite(file, rows);
+    const QString file = BenchData::generatedSqliteFile("run_service.db", rows);
     const TReaderConnection sqlite = TestServers::sqlite(file);
     engine("SQLite", sqlite, QStringLiteral("t"), BenchData::rawSqlite(file));
     std::printf("\nWindow responsiveness\n");

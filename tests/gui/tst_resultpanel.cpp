@@ -152,6 +152,7 @@ private slots:
         m_panel->tbPostClick();
         waitIdle();
         QCOMPARE(scalar("select name from city where id = 6").toString(), QString("Graz"));
+        QCOMPARE(m_panel->query().table()->rowState(m_panel->query().table()->rowCount() - 1), ResultTable::RowState::Unchanged);
 
         grid->setCurrentIndex(model()->index(4, 1)); // Vienna
         m_panel->tbCloneClick();
@@ -295,6 +296,8 @@ private slots:
         QVERIFY2(failures.first().first().toString().contains("city"), qPrintable(failures.first().first().toString()));
         QCOMPARE(cell(2, 1), QString("Berlin 2"));
         QCOMPARE(m_panel->query().table()->rowState(2), ResultTable::RowState::Modified);
+        // The row is marked as not saved, with the reason as its tip.
+        QVERIFY(model()->data(model()->index(2, 1), Qt::ToolTipRole).toString().startsWith("Not saved: "));
     }
 
     void largeResultsAreSortedOffTheWindowThread()

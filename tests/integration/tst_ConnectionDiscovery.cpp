@@ -69,8 +69,7 @@ void tst_ConnectionDiscovery::connectTestAndListTables_data()
                                      << "customer_names" << "";
     QTest::newRow("ODBC DSN PostgreSQL")
         << odbc(env("VANTRY_ODBC_PG_DSN"), env("VANTRY_PG_USER"), env("VANTRY_PG_PASSWORD"))
-        << "vantry_test.public.customers" << "vantry_test.public.\"order lines\""
-        << "vantry_test.public.customer_names" << "";
+        << "customers" << "\"order lines\"" << "customer_names" << "";
     QTest::newRow("ODBC DSN MariaDB") << odbc(env("VANTRY_ODBC_MYSQL_DSN")) << "customers" << "`order lines`"
                                       << "customer_names" << "";
     QTest::newRow("ODBC DRIVER string") << odbc(sqliteDriverString()) << "customers" << "\"order lines\""
@@ -79,8 +78,7 @@ void tst_ConnectionDiscovery::connectTestAndListTables_data()
         << oleDb(quotedOdbc(QStringLiteral("DRIVER={%1};Servername=%2;Port=%3;Database=%4;Username=%5;Password=%6")
                                 .arg(env("VANTRY_ODBC_PG_DRIVER"), env("VANTRY_PG_HOST"), env("VANTRY_PG_PORT"),
                                      env("VANTRY_PG_DATABASE"), env("VANTRY_PG_USER"), env("VANTRY_PG_PASSWORD"))))
-        << "vantry_test.public.customers" << "vantry_test.public.\"order lines\""
-        << "vantry_test.public.customer_names" << "";
+        << "customers" << "\"order lines\"" << "customer_names" << "";
 }
 
 void tst_ConnectionDiscovery::connectTestAndListTables()

@@ -22,18 +22,7 @@ class TestExportServers : public QObject
 
     static QSqlDatabase open(const QString &server)
     {
-        using TestServers::env;
-        const bool pg = server == QLatin1String("postgres");
-        QSqlDatabase db = QSqlDatabase::addDatabase(pg ? QStringLiteral("QPSQL") : QStringLiteral("QMYSQL"),
-                                                    QStringLiteral("export-") + server);
-        db.setHostName(env(pg ? "VANTRY_PG_HOST" : "VANTRY_MYSQL_HOST"));
-        db.setPort(env(pg ? "VANTRY_PG_PORT" : "VANTRY_MYSQL_PORT").toInt());
-        db.setDatabaseName(env(pg ? "VANTRY_PG_DATABASE" : "VANTRY_MYSQL_DATABASE"));
-        db.setUserName(env(pg ? "VANTRY_PG_USER" : "VANTRY_MYSQL_USER"));
-        db.setPassword(env(pg ? "VANTRY_PG_PASSWORD" : "VANTRY_MYSQL_PASSWORD"));
-        if (!db.open())
-            qWarning() << server << db.lastError().text();
-        return db;
+        return TestServers::openServer(server, QStringLiteral("export-") + server);
     }
     static void exec(const QSqlDatabase &db, const QString &sql)
     {

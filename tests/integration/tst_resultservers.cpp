@@ -16,39 +16,7 @@ class TestResultServers : public QObject
 
     static QSqlDatabase open(const QString &server)
     {
-        const QString name = QStringLiteral("result-") + server;
-        if (QSqlDatabase::contains(name))
-            return QSqlDatabase::database(name);
-        QSqlDatabase db;
-        using TestServers::env;
-        if (server == QLatin1String("postgres")) {
-            db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), name);
-            db.setHostName(env("VANTRY_PG_HOST"));
-            db.setPort(env("VANTRY_PG_PORT").toInt());
-            db.setDatabaseName(env("VANTRY_PG_DATABASE"));
-            db.setUserName(env("VANTRY_PG_USER"));
-            db.setPassword(env("VANTRY_PG_PASSWORD"));
-        } else if (server == QLatin1String("mariadb")) {
-            db = QSqlDatabase::addDatabase(QStringLiteral("QMYSQL"), name);
-            db.setHostName(env("VANTRY_MYSQL_HOST"));
-            db.setPort(env("VANTRY_MYSQL_PORT").toInt());
-            db.setDatabaseName(env("VANTRY_MYSQL_DATABASE"));
-            db.setUserName(env("VANTRY_MYSQL_USER"));
-            db.setPassword(env("VANTRY_MYSQL_PASSWORD"));
-        } else {
-            const QString dsn = server == QLatin1String("odbc-postgres") ? env("VANTRY_ODBC_PG_DSN")
-                                : server == QLatin1String("odbc-mariadb") ? env("VANTRY_ODBC_MYSQL_DSN")
-                                                                          : env("VANTRY_ODBC_SQLITE_DSN");
-            db = QSqlDatabase::addDatabase(QStringLiteral("QODBC"), name);
-            db.setDatabaseName(dsn);
-            if (!server.endsWith(QLatin1String("sqlite"))) {
-                db.setUserName(env(server.endsWith(QLatin1String("postgres")) ? "VANTRY_PG_USER" : "VANTRY_MYSQL_USER"));
-                db.setPassword(env(server.endsWith(QLatin1String("postgres")) ? "VANTRY_PG_PASSWORD" : "VANTRY_MYSQL_PASSWORD"));
-            }
-        }
-        if (!db.open())
-            qWarning() << server << db.lastError().text();
-        return db;
+        return TestServers::openServer(server, QStringLiteral("result-") + server);
     }
 
     static void exec(const QSqlDatabase &db, const QString &sql)
@@ -83,7 +51,7 @@ private slots:
         QTest::addColumn<QString>("server");
         QTest::addColumn<QString>("path");
         QTest::newRow("postgres native") << "postgres" << "postgres";
-        QTest::newRow("mariadb") << "mariadb" << "generic";
+        QTest::newRow("mariadb native") << "mariadb" << "mariadb";
         QTest::newRow("odbc sqlite") << "odbc-sqlite" << "generic";
         QTest::newRow("odbc postgres") << "odbc-postgres" << "generic";
         QTest::newRow("odbc mariadb") << "odbc-mariadb" << "generic";

@@ -7,6 +7,8 @@
 
 #include "connections/vtrIL.h"
 
+#include <QSqlDatabase>
+#include <QSqlError>
 #include <QString>
 #include <QStringList>
 #include <QtTest>
@@ -95,6 +97,50 @@ inline TReaderConnection odbc(const QString &server, const QString &user = QStri
 inline TReaderConnection oleDb(const QString &connectionString)
 {
     return record(dsOleDb, connectionString, 0, QString(), QString(), QString());
+}
+
+// Opens a plain Qt SQL connection named `connectionName` to a test server, for tests that set
+// up tables and check what the program wrote: "postgres", "mariadb", "firebird", or an ODBC
+// source "odbc-postgres", "odbc-mariadb", "odbc-sqlite". A name already open is reused.
+inline QSqlDatabase openServer(const QString &server, const QString &connectionName)
+{
+    if (QSqlDatabase::contains(connectionName))
+        return QSqlDatabase::database(connectionName);
+    struct Server
+    {
+        const char *name, *driver, *prefix;
+    };
+    static const Server servers[] = {{"postgres", "QPSQL", "VANTRY_PG_"},
+                                     {"mariadb", "QMYSQL", "VANTRY_MYSQL_"},
+                                     {"firebird", "QIBASE", "VANTRY_FB_"}};
+    for (const Server &known : servers) {
+        if (server != QLatin1String(known.name))
+            continue;
+        const QString prefix = QLatin1String(known.prefix);
+        auto var = [&prefix](const char *name) { return qEnvironmentVariable((prefix + QLatin1String(name)).toLatin1()); };
+        QSqlDatabase db = QSqlDatabase::addDatabase(QLatin1String(known.driver), connectionName);
+        db.setHostName(var("HOST"));
+        db.setPort(var("PORT").toInt());
+        db.setDatabaseName(var("DATABASE"));
+        db.setUserName(var("USER"));
+        db.setPassword(var("PASSWORD"));
+        if (server == QLatin1String("firebird"))
+            db.setConnectOptions(QStringLiteral("ISC_DPB_LC_CTYPE=UTF8"));
+        if (!db.open())
+            qWarning() << server << db.lastError().text();
+        return db;
+    }
+    const bool pg = server.endsWith(QLatin1String("postgres"));
+    const bool maria = server.endsWith(QLatin1String("mariadb"));
+    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QODBC"), connectionName);
+    db.setDatabaseName(env(pg ? "VANTRY_ODBC_PG_DSN" : maria ? "VANTRY_ODBC_MYSQL_DSN" : "VANTRY_ODBC_SQLITE_DSN"));
+    if (pg || maria) {
+        db.setUserName(env(pg ? "VANTRY_PG_USER" : "VANTRY_MYSQL_USER"));
+        db.setPassword(env(pg ? "VANTRY_PG_PASSWORD" : "VANTRY_MYSQL_PASSWORD"));
+    }
+    if (!db.open())
+        qWarning() << server << db.lastError().text();
+    return db;
 }
 
 } // namespace TestServers

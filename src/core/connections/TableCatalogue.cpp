@@ -60,6 +60,18 @@ QVector<CatalogueRow> universalCatalogueRows(const QSqlDatabase &db)
     throw VantryError(QStringLiteral("No table catalogue is known for the %1 driver.").arg(driver));
 }
 
+namespace {
+
+bool admitted(const CatalogueRow &row, bool includeViews, bool includeSystemTables)
+{
+    const QString type = row.type.trimmed().toUpper();
+    return type == QLatin1String("TABLE") || type == QLatin1String("BASE TABLE")
+           || type == QLatin1String("ACCESS TABLE") || (includeViews && type == QLatin1String("VIEW"))
+           || (includeSystemTables && (type == QLatin1String("SYSTEM TABLE") || type == QLatin1String("SYSTEM VIEW")));
+}
+
+} // namespace
+
 QStringList tableNames(const QVector<CatalogueRow> &rows, bool includeViews, bool includeSystemTables,
                        SqlNames::QuoteStyle style, bool dropPostgreSqlSystemSchemas)
 {
@@ -68,14 +80,27 @@ QStringList tableNames(const QVector<CatalogueRow> &rows, bool includeViews, boo
         if (dropPostgreSqlSystemSchemas
             && (row.schema == QLatin1String("information_schema") || row.schema == QLatin1String("pg_catalog")))
             continue;
-        const QString type = row.type.trimmed().toUpper();
-        const bool admitted = type == QLatin1String("TABLE") || type == QLatin1String("BASE TABLE")
-                              || type == QLatin1String("ACCESS TABLE")
-                              || (includeViews && type == QLatin1String("VIEW"))
-                              || (includeSystemTables
-                                  && (type == QLatin1String("SYSTEM TABLE") || type == QLatin1String("SYSTEM VIEW")));
-        if (admitted)
+        if (admitted(row, includeViews, includeSystemTables))
             names << SqlNames::qualifiedName(row.catalog, row.schema, row.name, style);
+    }
+    return names;
+}
+
+QStringList odbcSourceTableNames(const QVector<CatalogueRow> &rows, bool includeViews, bool includeSystemTables,
+                                 SqlNames::QuoteStyle style)
+{
+    static const QStringList systemSchemas{QStringLiteral("information_schema"), QStringLiteral("pg_catalog"),
+                                           QStringLiteral("sys"), QStringLiteral("mysql"),
+                                           QStringLiteral("performance_schema")};
+    static const QStringList defaultSchemas{QStringLiteral("public"), QStringLiteral("dbo"), QStringLiteral("main")};
+    QStringList names;
+    for (const CatalogueRow &row : rows) {
+        const bool system = systemSchemas.contains(row.schema, Qt::CaseInsensitive)
+                            || row.schema.startsWith(QLatin1String("pg_toast"), Qt::CaseInsensitive);
+        if (system ? !includeSystemTables : !admitted(row, includeViews, includeSystemTables))
+            continue;
+        const QString schema = defaultSchemas.contains(row.schema, Qt::CaseInsensitive) ? QString() : row.schema;
+        names << SqlNames::qualifiedName(QString(), schema, row.name, style);
     }
     return names;
 }

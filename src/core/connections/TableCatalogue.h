@@ -30,3 +30,11 @@ QVector<CatalogueRow> universalCatalogueRows(const QSqlDatabase &db);
 // Names are SqlNames::qualifiedName() of the row.
 QStringList tableNames(const QVector<CatalogueRow> &rows, bool includeViews, bool includeSystemTables,
                        SqlNames::QuoteStyle style, bool dropPostgreSqlSystemSchemas = false);
+
+// The table list of a source read through ODBC, with names a statement on that connection can
+// use: without the catalogue (the connection's own database) and with the schema only for tables
+// outside the default schema ("public", "dbo", "main"). Tables of the system schemas
+// (information_schema, pg_catalog, sys, mysql, performance_schema) are listed only with
+// includeSystemTables, whatever their type; other rows are admitted as by tableNames().
+QStringList odbcSourceTableNames(const QVector<CatalogueRow> &rows, bool includeViews, bool includeSystemTables,
+                                 SqlNames::QuoteStyle style);

@@ -108,12 +108,17 @@ SqlNames::QuoteStyle odbcQuoteStyle(Odbc::Connection &dbc, bool bracketStyle)
                                                         : SqlNames::QuoteStyle::DoubleQuotes;
 }
 
-QStringList odbcTableNames(Odbc::Connection &dbc, bool includeViews, bool includeSystemTables, bool bracketStyle)
+// SQL Server's list keeps catalogue and schema in every name; other ODBC sources name their
+// tables as a statement on the same connection reads them.
+QStringList odbcTableNames(Odbc::Connection &dbc, bool includeViews, bool includeSystemTables, bool bracketStyle,
+                           bool sqlServer = false)
 {
     QVector<CatalogueRow> rows;
     for (const Odbc::TableRow &row : Odbc::tableRows(dbc))
         rows << CatalogueRow{row.catalog, row.schema, row.name, row.type};
-    return tableNames(rows, includeViews, includeSystemTables, odbcQuoteStyle(dbc, bracketStyle));
+    const SqlNames::QuoteStyle style = odbcQuoteStyle(dbc, bracketStyle);
+    return sqlServer ? tableNames(rows, includeViews, includeSystemTables, style)
+                     : odbcSourceTableNames(rows, includeViews, includeSystemTables, style);
 }
 
 QStringList browseSqlServers()
@@ -245,7 +250,7 @@ void TimpDM::GetTablesListR(TReaderConnection rc, QStringList &list, bool includ
         break;
     case dsSqlServer: {
         auto link = openSqlServer(rc);
-        names = odbcTableNames(*link->dbc, includeViews, includeSystemTables, bracketStyle);
+        names = odbcTableNames(*link->dbc, includeViews, includeSystemTables, bracketStyle, true);
         break;
     }
     case dsODBC: {

@@ -1,5 +1,7 @@
 #include "ResultColumn.h"
 
+#include "ValueTypes.h"
+
 #include <QDate>
 #include <QDateTime>
 #include <QTime>
@@ -51,7 +53,8 @@ bool resultIsNull(const QVariant &value)
 }
 
 ResultColumn::ResultColumn(QString name, QString typeName, QMetaType::Type logicalType)
-    : m_name(std::move(name)), m_typeName(std::move(typeName)), m_logicalType(logicalType)
+    : m_name(std::move(name)), m_typeName(std::move(typeName)), m_logicalType(logicalType),
+      m_decimal(ValueTypes::isDecimal(m_typeName))
 {
 }
 

@@ -30,6 +30,8 @@ public:
     // The type the values mean (date, bool, ...), used when handing a value back as a QVariant.
     QMetaType::Type logicalType() const { return m_logicalType; }
     ResultStorage storage() const { return m_storage; }
+    // True for exact decimals (NUMERIC, DECIMAL): kept as the server's text, compared as numbers.
+    bool isDecimal() const { return m_decimal; }
     bool nullable() const { return m_nullable; }
     void setNullable(bool nullable) { m_nullable = nullable; }
 
@@ -69,6 +71,7 @@ private:
     QString m_name;
     QString m_typeName;
     QMetaType::Type m_logicalType;
+    bool m_decimal = false;
     ResultStorage m_storage = ResultStorage::Empty;
     bool m_nullable = true;
     qint64 m_rows = 0;

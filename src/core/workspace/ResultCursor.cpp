@@ -1,6 +1,8 @@
 #include "ResultCursor.h"
 
 #include "EngineCancel.h"
+#include "ResultFetchFirebird.h"
+#include "ResultFetchMariaDb.h"
 #include "ResultFetchNative.h"
 #include "app/SqlErrorText.h"
 #include "app/VantryError.h"
@@ -119,6 +121,10 @@ std::unique_ptr<ResultCursor> ResultCursor::open(const QSqlDatabase &db, const Q
         if (auto cursor = ResultFetchNative::openSqlite(db, statement))
             return cursor;
         if (auto cursor = ResultFetchNative::openPostgres(db, statement))
+            return cursor;
+        if (auto cursor = ResultFetchMariaDb::open(db, statement))
+            return cursor;
+        if (auto cursor = ResultFetchFirebird::open(db, statement))
             return cursor;
     }
     auto cursor = std::make_unique<GenericCursor>(db, cancel);

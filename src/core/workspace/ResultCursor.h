@@ -14,8 +14,9 @@ class EngineCancel;
 // middle of a result.
 //
 // Native cursors read through the driver's client handle where the client library is known
-// (SQLite, PostgreSQL), since one QVariant per value costs more than the rest of the work
-// together; every other driver goes through a forward-only QSqlQuery.
+// (SQLite, PostgreSQL, MariaDB, Firebird), since one QVariant per value costs more than the rest
+// of the work together and only the client's own values are exact; every other driver goes
+// through a forward-only QSqlQuery.
 class ResultCursor
 {
 public:
@@ -33,7 +34,7 @@ public:
     // transaction). Safe to call twice; the destructor calls it and swallows errors.
     virtual void close() = 0;
 
-    // "sqlite", "postgres" or "generic": how the cursor reads its rows.
+    // "sqlite", "postgres", "mariadb", "firebird" or "generic": how the cursor reads its rows.
     virtual QString path() const = 0;
 
     enum class Path { Automatic, Generic };

@@ -17,7 +17,8 @@ public:
     // marked truncated when more were left. Throws VantryError with the database's message.
     static std::unique_ptr<ResultTable> fetch(const QSqlDatabase &db, const QString &statement,
                                               qint64 recordLimit, Path path = Path::Automatic);
-    // The way the last fetch of this thread read its rows: "sqlite", "postgres" or "generic".
+    // The way the last fetch of this thread read its rows: "sqlite", "postgres", "mariadb",
+    // "firebird" or "generic".
     static QString lastPath();
 
     static std::unique_ptr<ResultTable> fetchGeneric(const QSqlDatabase &db,

@@ -149,16 +149,29 @@ void ResultTable::setValue(qint64 row, int col, const QVariant &value)
         ++m_pendingPerRow[row];
 }
 
+QVariant ResultTable::nullOf(int col) const
+{
+    const QMetaType::Type type = m_columns[size_t(col)].logicalType();
+    return QVariant(QMetaType(type == QMetaType::UnknownType ? int(QMetaType::QString) : int(type)));
+}
+
+void ResultTable::setNull(qint64 row, int col)
+{
+    checkEditable(row);
+    const ResultColumn &column = m_columns[size_t(col)];
+    if (!column.nullable())
+        throw VantryError(QStringLiteral("Column %1 is NOT NULL: it cannot be set to NULL").arg(column.name()));
+    setValue(row, col, nullOf(col));
+}
+
 qint64 ResultTable::insertRow()
 {
     if (m_readOnly)
         throw VantryError(QStringLiteral("The result is read-only"));
     std::vector<QVariant> values;
     values.reserve(size_t(columnCount()));
-    for (const ResultColumn &column : m_columns)
-        values.push_back(QVariant(QMetaType(column.logicalType() == QMetaType::UnknownType
-                                                ? int(QMetaType::QString)
-                                                : int(column.logicalType()))));
+    for (int col = 0; col < columnCount(); ++col)
+        values.push_back(nullOf(col));
     m_inserted.push_back(std::move(values));
     m_insertPending.push_back(true);
     return rowCount() - 1;
@@ -182,6 +195,7 @@ void ResultTable::markDeleted(qint64 row)
 
 void ResultTable::revertRow(qint64 row)
 {
+    m_failures.remove(row);
     for (int col = 0; col < columnCount(); ++col)
         m_pending.remove(cellKey(row, col));
     m_pendingPerRow.remove(row);
@@ -202,8 +216,47 @@ void ResultTable::acceptRow(qint64 row)
         m_pending.erase(pending);
     }
     m_pendingPerRow.remove(row);
+    m_failures.remove(row);
     if (isInserted(row))
         m_insertPending[size_t(row - m_fetchedRows)] = false;
+}
+
+void ResultTable::dropPending(qint64 row, int col)
+{
+    if (m_pending.remove(cellKey(row, col)) && --m_pendingPerRow[row] <= 0)
+        m_pendingPerRow.remove(row);
+}
+
+void ResultTable::acceptStored(qint64 row, const QVariantList &stored, const QVariantList &written)
+{
+    for (int col = 0; col < columnCount() && col < stored.size(); ++col) {
+        const auto pending = m_pending.constFind(cellKey(row, col));
+        if (pending != m_pending.constEnd() && col < written.size()
+            && resultIsNull(*pending) == resultIsNull(written[col])
+            && (resultIsNull(*pending) || *pending == written[col]))
+            dropPending(row, col);
+        if (isInserted(row)) {
+            m_inserted[size_t(row - m_fetchedRows)][size_t(col)] = stored[col];
+            continue;
+        }
+        const QVariant fetched = m_columns[size_t(col)].value(row);
+        if (resultIsNull(fetched) == resultIsNull(stored[col])
+            && (resultIsNull(fetched) || fetched == stored[col]))
+            m_committed.remove(cellKey(row, col));
+        else
+            m_committed.insert(cellKey(row, col), stored[col]);
+    }
+    m_failures.remove(row);
+    if (isInserted(row))
+        m_insertPending[size_t(row - m_fetchedRows)] = false;
+}
+
+void ResultTable::setRowFailure(qint64 row, const QString &message)
+{
+    if (message.isEmpty())
+        m_failures.remove(row);
+    else
+        m_failures.insert(row, message);
 }
 
 size_t ResultTable::memoryBytes() const

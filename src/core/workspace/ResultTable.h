@@ -60,6 +60,8 @@ public:
 
     // Edits; each throws VantryError when the table is read-only or the row is deleted.
     void setValue(qint64 row, int col, const QVariant &value);
+    // Sets a cell to NULL; refused for a column the database declares NOT NULL.
+    void setNull(qint64 row, int col);
     qint64 insertRow();
     qint64 cloneRow(qint64 source);
     void markDeleted(qint64 row);
@@ -67,6 +69,15 @@ public:
     void revertRow(qint64 row);
     // Makes the pending edits of a row its stored values, after they reached the database.
     void acceptRow(qint64 row);
+    // Makes a written row unchanged, holding `stored`, the values the database now has (one per
+    // column). Pending cells equal to `written` (what the write sent) are done with; an edit made
+    // while the write was under way stays pending.
+    void acceptStored(qint64 row, const QVariantList &stored, const QVariantList &written);
+
+    // Why the last write of a row failed, for the grid to show beside it; empty when it did not
+    // fail. Cleared when the row is written or reverted.
+    QString rowFailure(qint64 row) const { return m_failures.value(row); }
+    void setRowFailure(qint64 row, const QString &message);
 
     bool isReadOnly() const { return m_readOnly; }
     void setReadOnly(bool readOnly) { m_readOnly = readOnly; }
@@ -75,6 +86,8 @@ public:
 
 private:
     void checkEditable(qint64 row) const;
+    QVariant nullOf(int col) const;
+    void dropPending(qint64 row, int col);
     quint64 cellKey(qint64 row, int col) const { return quint64(row) * quint64(columnCount()) + quint64(col); }
 
     std::vector<ResultColumn> m_columns;
@@ -87,4 +100,5 @@ private:
     std::vector<std::vector<QVariant>> m_inserted;
     std::vector<bool> m_insertPending;    // inserted rows not yet written back
     QSet<qint64> m_deleted;
+    QHash<qint64, QString> m_failures;
 };

@@ -1,5 +1,7 @@
 #include "ResultView.h"
 
+#include "ValueTypes.h"
+
 #include <QDateTime>
 #include <QLocale>
 #include <algorithm>
@@ -7,11 +9,17 @@
 
 namespace {
 
-int compareVariants(const QVariant &a, const QVariant &b)
+int compareVariants(const QVariant &a, const QVariant &b, bool decimal)
 {
     const bool an = resultIsNull(a), bn = resultIsNull(b);
     if (an || bn)
         return an == bn ? 0 : (an ? -1 : 1);
+    if (decimal) {
+        const QByteArray x = a.toString().toLatin1(), y = b.toString().toLatin1();
+        const std::string_view xs(x.constData(), size_t(x.size())), ys(y.constData(), size_t(y.size()));
+        if (ValueTypes::isDecimalText(xs) && ValueTypes::isDecimalText(ys))
+            return ValueTypes::compareDecimal(xs, ys);
+    }
     bool aok = false, bok = false;
     const double ad = a.toDouble(&aok), bd = b.toDouble(&bok);
     if (aok && bok && a.metaType().id() != QMetaType::QString && b.metaType().id() != QMetaType::QString)
@@ -102,7 +110,12 @@ bool matches(const ResultTable &table, const Filter &f, qint64 row)
         return ResultView::text(table, row, f.col).contains(f.operand, Qt::CaseInsensitive);
     }
     int c;
-    if (numericColumn && f.numeric) {
+    if (column.isDecimal() && column.storage() == ResultStorage::Text && f.numeric) {
+        const QByteArray own = direct ? QByteArray() : table.value(row, f.col).toString().toLatin1();
+        const std::string_view value = direct ? column.bytesAt(row) : std::string_view(own.constData(), size_t(own.size()));
+        const QByteArray operand = f.operand.toLatin1();
+        c = ValueTypes::compareDecimal(value, std::string_view(operand.constData(), size_t(operand.size())));
+    } else if (numericColumn && f.numeric) {
         const double v = direct ? column.realAt(row) : table.value(row, f.col).toDouble();
         c = v < f.number ? -1 : (v > f.number ? 1 : 0);
     } else {
@@ -146,7 +159,7 @@ void ResultView::setSort(int col, bool ascending)
 int ResultView::compare(const ResultTable &table, int col, qint64 a, qint64 b)
 {
     if (table.hasOverrides() && (table.isOverridden(a, col) || table.isOverridden(b, col)))
-        return compareVariants(table.value(a, col), table.value(b, col));
+        return compareVariants(table.value(a, col), table.value(b, col), table.column(col).isDecimal());
     const ResultColumn &column = table.column(col);
     const bool an = column.isNull(a), bn = column.isNull(b);
     if (an || bn)
@@ -161,6 +174,9 @@ int ResultView::compare(const ResultTable &table, int col, qint64 a, qint64 b)
         return x < y ? -1 : (x > y ? 1 : 0);
     }
     case ResultStorage::Text:
+        if (column.isDecimal())
+            return ValueTypes::compareDecimal(column.bytesAt(a), column.bytesAt(b));
+        return compareBytes(column.bytesAt(a), column.bytesAt(b));
     case ResultStorage::Bytes:
         return compareBytes(column.bytesAt(a), column.bytesAt(b));
     case ResultStorage::Empty:

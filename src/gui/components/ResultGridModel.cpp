@@ -154,6 +154,10 @@ QVariant ResultGridModel::data(const QModelIndex &index, int role) const
         return text.isNull() ? QString() : text;
     }
     case Qt::ToolTipRole: {
+        // A row whose write failed says why; it stays marked until it is written or reverted.
+        const QString failure = m_table->rowFailure(row);
+        if (!failure.isEmpty())
+            return QStringLiteral("Not saved: ") + failure;
         const QString text = ResultView::text(*m_table, row, col);
         return text.size() > 40 || text.contains(QLatin1Char('\n')) ? text.left(4000) : QVariant();
     }
@@ -167,6 +171,8 @@ QVariant ResultGridModel::data(const QModelIndex &index, int role) const
         }
         return {};
     case Qt::BackgroundRole:
+        if (!m_table->rowFailure(row).isEmpty())
+            return QBrush(QColor(0xfb, 0xd5, 0xd5));
         if (m_table->rowState(row) == ResultTable::RowState::Inserted)
             return QBrush(QColor(0xe6, 0xf6, 0xe0));
         if (m_table->isChanged(row, col))

@@ -8,7 +8,8 @@
 
 // Table model over a ResultTable as the grid shows it: rows in the order of a ResultView
 // (filtered, sorted, grouped), NULL drawn as a greyed "(null)", long texts on one line, group
-// headers as rows of their own. Edits go into the table's edit buffer.
+// headers as rows of their own, a row whose write failed in red with the reason as its tip.
+// Edits go into the table's edit buffer.
 class ResultGridModel : public QAbstractTableModel
 {
     Q_OBJECT

@@ -255,38 +255,20 @@ void ResultPanel::Delete1Click()
     if (rows.isEmpty() || !m_confirmDelete(int(rows.size())))
         return;
     stopFetchingForEdit();
-    std::shared_ptr<ResultTable> table = m_query.sharedTable();
-    const QString target = m_query.source().table;
+    ResultTable *table = m_query.table();
     // Rows only added here need no database work; the others are deleted on the connection's
     // thread, and marked here once the database has let them go.
-    QList<qint64> stored;
-    for (qint64 row : rows) {
-        if (table->rowState(row) == ResultTable::RowState::Inserted)
-            table->markDeleted(row);
-        else
-            stored << row;
-    }
-    m_grid->refreshRows();
-    if (stored.isEmpty() || !m_run)
-        return;
-    auto deleted = std::make_shared<QList<qint64>>();
-    m_run->onConnection(
-        [table, target, stored, deleted](const QSqlDatabase &db) {
-            ResultWriteBack writer(db, target);
-            for (qint64 row : stored) {
-                writer.deleteInDatabase(*table, row);
-                deleted->append(row);
-            }
-        },
-        [this, table, deleted](const QString &error) {
-            for (qint64 row : *deleted)
+    std::vector<RowChange> changes;
+    guarded([&] {
+        for (qint64 row : rows) {
+            if (table->rowState(row) == ResultTable::RowState::Inserted)
                 table->markDeleted(row);
-            if (table == m_query.sharedTable())
-                m_grid->refreshRows();
-            if (!error.isEmpty())
-                emit commandFailed(error);
-            updateState();
-        });
+            else
+                changes.push_back(ResultWriteBack::snapshotDelete(*table, row, m_query.source().table));
+        }
+    });
+    m_grid->refreshRows();
+    writeChanges(std::move(changes), {});
 }
 
 void ResultPanel::tbCloneClick()
@@ -374,10 +356,5 @@ void ResultPanel::SetNull1Click()
     const qint64 row = m_grid->currentTableRow();
     if (!m_query.isOpen() || m_query.isReadOnly() || row < 0 || !index.isValid() || refuseWhileSorting())
         return;
-    guarded([&] {
-        const ResultColumn &column = m_query.table()->column(index.column());
-        if (!column.nullable())
-            throw VantryError(QStringLiteral("Column %1 does not accept NULL").arg(column.name()));
-        m_query.table()->setValue(row, index.column(), QVariant());
-    });
+    guarded([&] { m_query.table()->setNull(row, index.column()); });
 }

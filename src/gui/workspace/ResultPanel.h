@@ -1,5 +1,7 @@
 #pragma once
 #include "workspace/ResultQuery.h"
+#include "workspace/RowChange.h"
+#include "workspace/TableKeys.h"
 #include "workspace/RunService.h"
 
 #include <QWidget>
@@ -96,6 +98,9 @@ private:
     void postRowIfPending(qint64 row);
     // Writes the pending rows through the service; `then` runs once all are written.
     void postPending(std::function<void()> then);
+    // Writes the changes one by one on the connection's thread and accepts each written row here;
+    // the first failure stops the rest and marks its row. `then` runs when all were written.
+    void writeChanges(std::vector<RowChange> changes, std::function<void()> then);
     void requestRows(qint64 rows);
     void fetchIfNearEnd();
     // Ends the on-demand fetch before the result is changed here (edits, inserts).
@@ -119,6 +124,7 @@ private:
     std::function<bool(int)> m_confirmDelete;
     std::function<PendingChoice()> m_askPending;
     RunService *m_run = nullptr;
+    std::shared_ptr<TableKeyCache> m_keys = std::make_shared<TableKeyCache>();
     std::function<RunService::Options()> m_options;
     bool m_posting = false;
     bool m_fetching = false;     // a fetch of rows is under way

@@ -5,6 +5,7 @@
 #include "components/DBGridEh1.h"
 #include "components/ResultGridModel.h"
 #include "workspace/ResultWriteBack.h"
+#include "workspace/TableKeys.h"
 
 #include <QAction>
 #include <QKeyEvent>
@@ -31,6 +32,8 @@ void ResultPanel::setRunService(RunService *run, std::function<RunService::Optio
 void ResultPanel::showResult(std::shared_ptr<ResultTable> table, const ResultSource &source, bool moreRemain)
 {
     closeResult();
+    // Keys are read again for each result: the user may have changed the table in between.
+    m_keys = std::make_shared<TableKeyCache>();
     m_query.adopt(std::move(table), source, moreRemain);
     m_hasQuery = true;
     showRows();
@@ -222,30 +225,48 @@ void ResultPanel::postPending(std::function<void()> then)
         emit commandFailed(QStringLiteral("The result is read-only: %1").arg(m_query.readOnlyReason()));
         return;
     }
+    std::vector<RowChange> changes;
+    for (qint64 row : rows)
+        if (std::optional<RowChange> change = ResultWriteBack::snapshotPost(*m_query.table(), row, m_query.source().table))
+            changes.push_back(std::move(*change));
+    writeChanges(std::move(changes), std::move(then));
+}
+
+void ResultPanel::writeChanges(std::vector<RowChange> changes, std::function<void()> then)
+{
+    if (changes.empty() || !m_run) {
+        if (then)
+            then();
+        return;
+    }
     stopFetchingForEdit();
     m_posting = true;
     m_grid->setEnabled(false);  // no edits while the rows are on their way to the database
     std::shared_ptr<ResultTable> table = m_query.sharedTable();
-    const QString target = m_query.source().table;
-    auto written = std::make_shared<QList<qint64>>();
+    std::shared_ptr<TableKeyCache> keys = m_keys;
+    auto outcomes = std::make_shared<std::vector<RowOutcome>>();
+    auto failedRow = std::make_shared<qint64>(-1);
     m_run->onConnection(
-        [table, target, rows, written](const QSqlDatabase &db) {
-            ResultWriteBack writer(db, target);
-            for (qint64 row : rows) {
-                writer.writeToDatabase(*table, row);
-                written->append(row);
+        [changes = std::move(changes), keys, outcomes, failedRow](const QSqlDatabase &db) {
+            for (const RowChange &change : changes) {
+                *failedRow = change.row;
+                outcomes->push_back(ResultWriteBack::apply(db, change, *keys));
             }
+            *failedRow = -1;
         },
-        [this, table, written, then](const QString &error) {
+        [this, table, outcomes, failedRow, then](const QString &error) {
             m_posting = false;
             m_grid->setEnabled(true);
-            for (qint64 row : *written)
-                table->acceptRow(row);
+            // The rows written take the values the database holds now (generated keys included).
+            for (const RowOutcome &outcome : *outcomes)
+                ResultWriteBack::accept(*table, outcome);
+            if (!error.isEmpty() && *failedRow >= 0)
+                table->setRowFailure(*failedRow, error);
             if (table == m_query.sharedTable())
-                m_grid->viewport()->update();
+                m_grid->refreshRows();
             updateState();
             if (!error.isEmpty()) {
-                // The edit stays in the grid, still pending, and the reason goes to the log.
+                // The edit stays in the grid, still pending and marked, and the reason goes to the log.
                 emit commandFailed(error);
                 return;
             }
