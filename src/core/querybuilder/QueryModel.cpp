@@ -49,7 +49,7 @@ QString SourceObject::referenceName() const
 bool SourceObject::operator==(const SourceObject &o) const
 {
     return kind == o.kind && name == o.name && arguments == o.arguments && derived == o.derived && alias == o.alias
-           && columnAliases == o.columnAliases;
+           && columnAliases == o.columnAliases && outer == o.outer;
 }
 
 bool Link::operator==(const Link &o) const

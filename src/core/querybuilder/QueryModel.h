@@ -121,6 +121,7 @@ struct SourceObject
     Box<Query> derived;           // Derived
     Identifier alias;
     QVector<Identifier> columnAliases; // derived table or function: alias(c1, c2)
+    bool outer = false;           // Informix's "OUTER table" in a comma-separated FROM list
     // The name the other clauses use for it: the alias, else the last part of the name.
     QString referenceName() const;
     bool operator==(const SourceObject &o) const;

@@ -409,11 +409,11 @@ QPair<QString, QString> SqlGenerator::link(const Link &l) const
 
 QString SqlGenerator::object(const SourceObject &o, const SqlFormat &f) const
 {
-    QString text;
+    QString text = o.outer ? QStringLiteral("OUTER ") : QString();
     if (o.kind == SourceObject::Derived) {
         const SqlFormat &d = m_options.derivedQueries;
         const QString body = query(*o.derived, d);
-        text = d.mainPartNewLine ? QStringLiteral("(\n") + spaces(f.partIndent + d.globalIndent)
+        text += d.mainPartNewLine ? QStringLiteral("(\n") + spaces(f.partIndent + d.globalIndent)
                                        + indentRest(body, f.partIndent + d.globalIndent) + QLatin1Char('\n')
                                        + spaces(f.partIndent) + QLatin1Char(')')
                                  : QLatin1Char('(') + body + QLatin1Char(')');
@@ -421,7 +421,7 @@ QString SqlGenerator::object(const SourceObject &o, const SqlFormat &f) const
         QStringList names;
         for (const Identifier &n : o.name)
             names << identifier(n);
-        text = names.join(QLatin1Char('.'));
+        text += names.join(QLatin1Char('.'));
         if (o.kind == SourceObject::Function)
             text += QLatin1Char('(') + expression(o.arguments) + QLatin1Char(')');
     }

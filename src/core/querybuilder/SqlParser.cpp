@@ -551,9 +551,12 @@ private:
     {
         DepthGuard guard(*this);
         SourceObject object;
+        if ((m_dialect == SqlDialect::Informix || m_dialect == SqlDialect::Universal) && allowJoinGroup
+            && peek().isWord("OUTER") && peek(1).kind != SqlToken::Dot)
+            object.outer = acceptWord("OUTER");
         if (peek().kind == SqlToken::LParen) {
             if (!startsQuery(1)) {
-                if (!allowJoinGroup)
+                if (!allowJoinGroup || object.outer)
                     unexpected();
                 // (a JOIN b ON ...) JOIN c ON ...: the parentheses only group joins from the left.
                 take();
@@ -642,7 +645,8 @@ private:
         default:
             break;
         }
-        return allowAlias && isAliasCandidate() && endsOperand(e);
+        // An alias never opens a parenthesis: FILTER (WHERE ...) and the like go on.
+        return allowAlias && isAliasCandidate() && peek(1).kind != SqlToken::LParen && endsOperand(e);
     }
 
     // The tokens of one expression up to the word, comma or parenthesis that ends it; with
