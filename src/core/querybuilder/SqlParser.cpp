@@ -646,6 +646,8 @@ private:
             break;
         }
         // An alias never opens a parenthesis: FILTER (WHERE ...) and the like go on.
+        if (t.isWord("WITHIN") && peek(1).isWord("GROUP"))
+            return false;
         return allowAlias && isAliasCandidate() && peek(1).kind != SqlToken::LParen && endsOperand(e);
     }
 
