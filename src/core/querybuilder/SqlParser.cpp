@@ -23,7 +23,7 @@ bool isReservedWord(const QString &word)
         QStringLiteral("ALL"),    QStringLiteral("ANY"),    QStringLiteral("SOME"),    QStringLiteral("ASC"),
         QStringLiteral("DESC"),   QStringLiteral("NULLS"),  QStringLiteral("ESCAPE"),  QStringLiteral("WITH"),
         QStringLiteral("TRUE"),   QStringLiteral("FALSE"),  QStringLiteral("OVER"),    QStringLiteral("COLLATE"),
-        QStringLiteral("QUALIFY"), QStringLiteral("RETURNING")};
+        QStringLiteral("QUALIFY"), QStringLiteral("RETURNING"), QStringLiteral("WITHIN")};
     return words.contains(word.toUpper());
 }
 
