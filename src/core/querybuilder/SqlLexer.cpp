@@ -195,8 +195,11 @@ private:
         case ';': return SqlToken::Semicolon;
         default: break;
         }
-        static const QString operatorChars = QStringLiteral("+-*/%=<>!~^&|:[]{}@#?");
-        if (!operatorChars.contains(c))
+        // Square brackets are array subscripts in PostgreSQL; elsewhere they quote names or are
+        // not SQL at all.
+        static const QString operatorChars = QStringLiteral("+-*/%=<>!~^&|:{}@#?");
+        const bool subscript = (c == '[' || c == ']') && m_traits.dollarQuotes;
+        if (!operatorChars.contains(c) && !subscript)
             fail(QStringLiteral("Unexpected character '%1'").arg(c), start.offset, start.line, start.column);
         // Two- and three-character operators.
         static const QStringList longer = {QStringLiteral("->>"), QStringLiteral("!~*"), QStringLiteral("<="),

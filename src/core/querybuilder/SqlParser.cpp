@@ -210,10 +210,11 @@ private:
         return Identifier::of(t.text);
     }
 
-    Identifier parseIdentifier(const char *what)
+    // A name; a reserved word only where it cannot be read otherwise (after a dot).
+    Identifier parseIdentifier(const char *what, bool allowReserved = false)
     {
         const SqlToken &t = peek();
-        if (t.kind != SqlToken::QuotedName && t.kind != SqlToken::Word)
+        if (t.kind != SqlToken::QuotedName && (t.kind != SqlToken::Word || (!allowReserved && isReservedWord(t.text))))
             failAt(t, QStringLiteral("Expected %1 but found %2").arg(QLatin1String(what), describe(t)));
         ++m_pos;
         return identifierFrom(t);
@@ -572,7 +573,7 @@ private:
         } else {
             object.name.append(parseIdentifier("a table name"));
             while (accept(SqlToken::Dot))
-                object.name.append(parseIdentifier("a name after '.'"));
+                object.name.append(parseIdentifier("a name after '.'", true));
             if (peek().kind == SqlToken::LParen) {
                 take();
                 object.kind = SourceObject::Function;
@@ -676,12 +677,30 @@ private:
             } else if (t.kind == SqlToken::RParen) {
                 --depth;
             }
+            if (t.kind == SqlToken::Number && followsValue(e))
+                unexpected();
             take();
             e.parts.append(ExprPart{partKind(t.kind), t.text, SubqueryKind::Scalar, {}});
         }
         if (depth > 0)
             failAt(peek(), QStringLiteral("Expected ')' but found %1").arg(describe(peek())));
         return e;
+    }
+
+    // Whether a number here would stand right after another value ("TOP 5" where TOP is no
+    // keyword, "1 2"); words that take a literal (INTERVAL 5 DAY) are no such value.
+    static bool followsValue(const Expr &e)
+    {
+        if (e.parts.isEmpty())
+            return false;
+        const ExprPart &p = e.parts.last();
+        if (p.kind == ExprPart::Word) {
+            static const QStringList literalWords = {QStringLiteral("INTERVAL"), QStringLiteral("DATE"),
+                                                     QStringLiteral("TIME"), QStringLiteral("TIMESTAMP")};
+            return !isReservedWord(p.text) && !literalWords.contains(p.text.toUpper());
+        }
+        return p.kind == ExprPart::Number || p.kind == ExprPart::String || p.kind == ExprPart::QuotedName
+               || p.kind == ExprPart::Parameter;
     }
 
     static SubqueryKind subqueryKindAfter(const Expr &e)
