@@ -125,7 +125,7 @@ void collectTables(const Query &q, QVector<QVector<Identifier>> &tables, QString
 
 void QueryEngine::checkKnownObjects(const QString &text) const
 {
-    if (!m_errorOnUnknown || m_catalog.isEmpty())
+    if (!m_errorOnUnknown || m_catalog.isEmpty() || isOffline())
         return;
     SqlParser::Result result = SqlParser::parse(text, m_dialect.dialect);
     QVector<QVector<Identifier>> tables;
