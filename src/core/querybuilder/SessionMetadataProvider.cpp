@@ -73,7 +73,8 @@ QVector<MetadataForeignKey> odbcForeignKeys(const QSqlDatabase &db, const QStrin
                                        SQLSMALLINT);
     QVector<MetadataForeignKey> keys;
     const QVariant handle = db.driver()->handle();
-    if (!handle.isValid() || QByteArray(handle.typeName()) != "SQLHANDLE")
+    // The Qt ODBC driver hands out its connection handle (an SQLHANDLE, a pointer).
+    if (!handle.isValid() || handle.metaType().sizeOf() != qsizetype(sizeof(SQLHANDLE)))
         return keys;
     SQLHANDLE dbc = *static_cast<const SQLHANDLE *>(handle.data());
     const Odbc::Api &api = Odbc::api();

@@ -107,7 +107,7 @@ inline const QVector<Common> &common()
                      "GROUP BY o.customer_id, o.status"},
         {AllServers, "SELECT c.id FROM qbe_customers c LEFT JOIN qbe_orders o ON o.customer_id = c.id WHERE o.id IS NULL"},
         {AllServers, "/* customers */ SELECT id, -- the key\n name FROM qbe_customers -- all of them\n WHERE id > 1"},
-        {AllServers, "select   c.NAME\nfrom qbe_customers C\nwhere C.score>=20\n  and (C.city='Oslo' or (C.city='Lund' and C.id<>3))"},
+        {AllServers, "select   c.NAME\nfrom qbe_customers c\nwhere c.score>=20\n  and (c.city='Oslo' or (c.city='Lund' and c.id<>3))"},
         {SQLite | Postgres | MariaDb, "SELECT city FROM qbe_customers INTERSECT SELECT city FROM qbe_customers WHERE score > 20"},
         {SQLite | Postgres | MariaDb, "SELECT id FROM qbe_customers EXCEPT SELECT customer_id FROM qbe_orders"},
         {AllServers, "SELECT id FROM qbe_customers WHERE name = 'O''Brien' OR name LIKE '%a%'"},
@@ -127,7 +127,8 @@ inline const QVector<Common> &common()
                      "WHERE o.customer_id = c.id AND i.product = 'pen')"},
         {AllServers, "SELECT o.id FROM qbe_orders o WHERE o.amount > (SELECT AVG(o2.amount) FROM qbe_orders o2 "
                      "WHERE o2.customer_id = o.customer_id)"},
-        {AllServers, "SELECT UPPER(name) AS n, LOWER(city) AS c FROM qbe_customers WHERE LENGTH(name) > 3"},
+        {SQLite | Postgres | MariaDb, "SELECT UPPER(name) AS n, LOWER(city) AS c FROM qbe_customers WHERE LENGTH(name) > 3"},
+        {Postgres | MariaDb | Firebird, "SELECT UPPER(name) AS n FROM qbe_customers WHERE CHAR_LENGTH(name) BETWEEN 3 AND 5"},
     };
     return list;
 }
@@ -292,10 +293,10 @@ inline QStringList schema()
 {
     QStringList sql = {
         QStringLiteral("CREATE TABLE qbe_customers (id INTEGER NOT NULL PRIMARY KEY, name VARCHAR(40), city VARCHAR(40), score INTEGER)"),
-        QStringLiteral("CREATE TABLE qbe_orders (id INTEGER NOT NULL PRIMARY KEY, customer_id INTEGER REFERENCES qbe_customers (id), "
-                       "amount INTEGER, status VARCHAR(10))"),
-        QStringLiteral("CREATE TABLE qbe_items (id INTEGER NOT NULL PRIMARY KEY, order_id INTEGER REFERENCES qbe_orders (id), "
-                       "product VARCHAR(20), qty INTEGER, price INTEGER)"),
+        QStringLiteral("CREATE TABLE qbe_orders (id INTEGER NOT NULL PRIMARY KEY, customer_id INTEGER, amount INTEGER, "
+                       "status VARCHAR(10), FOREIGN KEY (customer_id) REFERENCES qbe_customers (id))"),
+        QStringLiteral("CREATE TABLE qbe_items (id INTEGER NOT NULL PRIMARY KEY, order_id INTEGER, product VARCHAR(20), "
+                       "qty INTEGER, price INTEGER, FOREIGN KEY (order_id) REFERENCES qbe_orders (id))"),
     };
     const char *const customers[] = {"1, 'Anna', 'Oslo', 35", "2, 'Bo', 'Lund', 12", "3, 'Carla', 'Lund', 48",
                                      "4, 'O''Brien', NULL, 7", "5, 'Alvar', 'Turku', 22", "6, 'Eda', 'Bergen', 0"};
