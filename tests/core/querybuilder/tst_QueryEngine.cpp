@@ -3,6 +3,7 @@
 
 #include "TestServers.h"
 
+#include "querybuilder/QueryBuilderSource.h"
 #include "querybuilder/QueryEngine.h"
 #include "querybuilder/SessionMetadataProvider.h"
 #include "querybuilder/SqlGenerator.h"
@@ -64,6 +65,45 @@ private slots:
         const DialectChoice choice = SqlDialects::fromCode(code);
         QCOMPARE(int(choice.dialect), dialect);
         QCOMPARE(choice.serverVersion, version);
+    }
+
+    void connectionsChooseTheirDialect_data()
+    {
+        QTest::addColumn<TReaderConnection>("record");
+        QTest::addColumn<int>("code");
+        QTest::addColumn<bool>("quoteAll");
+        QTest::newRow("mysql") << TestServers::mariadb() << 23 << false;
+        QTest::newRow("postgres") << TestServers::postgres() << 30 << false;
+        QTest::newRow("firebird") << TestServers::firebird() << 90 << false;
+        QTest::newRow("sqlite") << TestServers::sqlite(QStringLiteral("/tmp/x.sqlite")) << 40 << false;
+        TReaderConnection ce = TestServers::sqlite(QStringLiteral("/tmp/x.sdf"));
+        ce.ConnectionType = dsSqlServerCE;
+        QTest::newRow("sql server compact opens as sqlite") << ce << 40 << false;
+        TReaderConnection oracle = TestServers::postgres();
+        oracle.ConnectionType = dsOracle;
+        QTest::newRow("oracle") << oracle << 53 << false;
+        TReaderConnection sqlServer = TestServers::postgres();
+        sqlServer.ConnectionType = dsSqlServer;
+        QTest::newRow("sql server") << sqlServer << 12 << false;
+        QTest::newRow("odbc dsn") << TestServers::odbc(QStringLiteral("Sales")) << 4 << false;
+        QTest::newRow("odbc access") << TestServers::odbc(QStringLiteral("DRIVER={Microsoft Access Driver (*.mdb)};DBQ=a.mdb"))
+                                     << 75 << false;
+        QTest::newRow("jet") << TestServers::oleDb(QStringLiteral("Provider=Microsoft.Jet.OLEDB.4.0;Data Source=a.mdb")) << 75 << false;
+        QTest::newRow("excel") << TestServers::oleDb(QStringLiteral("Provider=Microsoft.Jet.OLEDB.4.0;Data Source=a.xls;"
+                                                                     "Extended Properties=\"Excel 8.0\""))
+                               << 0 << true;
+        QTest::newRow("oracle provider") << TestServers::oleDb(QStringLiteral("Provider=OraOLEDB.Oracle.1;Data Source=x")) << 53 << false;
+        QTest::newRow("mysql provider") << TestServers::oleDb(QStringLiteral("Provider=MySQLProv;Data Source=x")) << 23 << false;
+        QTest::newRow("foxpro") << TestServers::oleDb(QStringLiteral("Provider=VFPOLEDB.1;Data Source=c:\\foxpro\\db")) << 0 << false;
+    }
+
+    void connectionsChooseTheirDialect()
+    {
+        QFETCH(TReaderConnection, record);
+        QFETCH(int, code);
+        QFETCH(bool, quoteAll);
+        QCOMPARE(QueryBuilderSource::dialectCode(record), code);
+        QCOMPARE(QueryBuilderSource::quoteAllIdentifiers(record), quoteAll);
     }
 
     void textAndModelStayInStep()
