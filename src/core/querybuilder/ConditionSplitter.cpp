@@ -1,5 +1,7 @@
 #include "querybuilder/ConditionSplitter.h"
 
+#include "querybuilder/SqlParser.h"
+
 namespace ConditionSplitter {
 
 namespace {
@@ -59,12 +61,28 @@ bool isWrapped(const Parts &parts)
     return false;
 }
 
+// Whether the parts read the same without the parentheses around them: nothing at their outer
+// level (a comma of a row value, a FROM of EXTRACT, a clause word) would end a condition early.
+bool standsAlone(const Parts &parts)
+{
+    int depth = 0;
+    for (const ExprPart &p : parts) {
+        if (p.kind == ExprPart::LParen)
+            ++depth;
+        else if (p.kind == ExprPart::RParen)
+            --depth;
+        else if (depth == 0 && (p.kind == ExprPart::Comma || (p.kind == ExprPart::Word && SqlParser::endsCondition(p.text))))
+            return false;
+    }
+    return true;
+}
+
 ConditionGroup splitParts(const Parts &parts, int nesting);
 
 ConditionItem leaf(const Parts &parts, int nesting)
 {
     Parts inner = parts;
-    while (isWrapped(inner) && nesting < 200) {
+    while (isWrapped(inner) && nesting < 200 && standsAlone(inner.mid(1, inner.size() - 2))) {
         inner = inner.mid(1, inner.size() - 2);
         ++nesting;
         if (inner.isEmpty())

@@ -9,13 +9,57 @@ QString spaces(int n)
     return QString(qMax(0, n), QLatin1Char(' '));
 }
 
-// Moves every line after the first `pad` columns to the right.
-QString indentRest(const QString &text, int pad)
+// Which characters of generated text belong to a quoted run (a string literal or a quoted name,
+// quotes included): line breaks and indents may go anywhere else, never there.
+QVector<bool> quotedMask(const QString &text, const SqlDialects::Traits &t)
 {
-    if (pad <= 0)
-        return text;
-    QString out = text;
-    return out.replace(QLatin1Char('\n'), QLatin1Char('\n') + spaces(pad));
+    QVector<bool> mask(text.size(), false);
+    int i = 0;
+    while (i < text.size()) {
+        const QChar c = text.at(i);
+        QChar close;
+        if (c == QLatin1Char('\'') || c == QLatin1Char('"') || (c == QLatin1Char('`') && t.backtickIdentifiers))
+            close = c;
+        else if (c == QLatin1Char('[') && t.bracketIdentifiers)
+            close = QLatin1Char(']');
+        else if (c == QLatin1Char('$') && t.dollarQuotes) {
+            int end = i + 1;
+            while (end < text.size() && (text.at(end).isLetterOrNumber() || text.at(end) == QLatin1Char('_')))
+                ++end;
+            if (end < text.size() && text.at(end) == QLatin1Char('$') && !(end > i + 1 && text.at(i + 1).isDigit())) {
+                const QString tag = text.mid(i, end - i + 1);
+                const int found = text.indexOf(tag, end + 1);
+                const int stop = found < 0 ? int(text.size()) : found + int(tag.size());
+                for (int k = i; k < stop; ++k)
+                    mask[k] = true;
+                i = stop;
+                continue;
+            }
+        }
+        if (close.isNull()) {
+            ++i;
+            continue;
+        }
+        // Backslash escapes: MySQL strings, and E'...' strings of PostgreSQL.
+        const bool escapes = (close != QLatin1Char(']') && close != QLatin1Char('`') && t.backslashEscapes)
+                             || (close == QLatin1Char('\'') && i > 0 && (text.at(i - 1) == QLatin1Char('E') || text.at(i - 1) == QLatin1Char('e')));
+        mask[i++] = true;
+        while (i < text.size()) {
+            mask[i] = true;
+            if (escapes && text.at(i) == QLatin1Char('\\') && i + 1 < text.size()) {
+                mask[++i] = true;
+            } else if (text.at(i) == close) {
+                if (i + 1 < text.size() && text.at(i + 1) == close) {
+                    mask[++i] = true; // a doubled quote stands for one
+                } else {
+                    ++i;
+                    break;
+                }
+            }
+            ++i;
+        }
+    }
+    return mask;
 }
 
 bool isWordPart(const ExprPart &p, const char *upper)
@@ -63,6 +107,23 @@ QString SqlGenerator::generate(const Query &q) const
         return QString();
     const QString text = spaces(m_options.mainQuery.globalIndent) + indentRest(query(q, m_options.mainQuery), m_options.mainQuery.globalIndent);
     return m_options.wordWrap ? wrap(text) : text;
+}
+
+// Moves every line after the first `pad` columns to the right, leaving line breaks inside
+// literals and quoted names alone.
+QString SqlGenerator::indentRest(const QString &text, int pad) const
+{
+    if (pad <= 0 || !text.contains(QLatin1Char('\n')))
+        return text;
+    const QVector<bool> quoted = quotedMask(text, SqlDialects::traits(m_dialect.dialect));
+    QString out;
+    out.reserve(text.size() + 16 * pad);
+    for (int i = 0; i < text.size(); ++i) {
+        out += text.at(i);
+        if (text.at(i) == QLatin1Char('\n') && !quoted.at(i))
+            out += spaces(pad);
+    }
+    return out;
 }
 
 QString SqlGenerator::identifier(const Identifier &name) const
@@ -440,48 +501,21 @@ QString SqlGenerator::object(const SourceObject &o, const SqlFormat &f) const
 // to the right of the broken line's indent.
 QString SqlGenerator::wrap(const QString &text) const
 {
-    const SqlDialects::Traits &t = SqlDialects::traits(m_dialect.dialect);
     const int margin = qMax(10, m_options.rightMargin);
+    const QVector<bool> quoted = quotedMask(text, SqlDialects::traits(m_dialect.dialect));
     QString out;
     QString line;
     int breakAt = -1;
-    QChar quote; // the closing quote while inside a quoted run
-    // Copy characters, remembering the last blank outside quotes.
     for (int i = 0; i < text.size(); ++i) {
         const QChar c = text.at(i);
-        if (quote.isNull()) {
-            if (c == QLatin1Char('\'') || (c == QLatin1Char('"')) || (c == QLatin1Char('`') && t.backtickIdentifiers))
-                quote = c;
-            else if (c == QLatin1Char('[') && t.bracketIdentifiers)
-                quote = QLatin1Char(']');
-            else if (c == QLatin1Char('$') && t.dollarQuotes) {
-                int end = i + 1;
-                while (end < text.size() && (text.at(end).isLetterOrNumber() || text.at(end) == QLatin1Char('_')))
-                    ++end;
-                if (end < text.size() && text.at(end) == QLatin1Char('$')) {
-                    const QString tag = text.mid(i, end - i + 1);
-                    const int close = text.indexOf(tag, end + 1);
-                    const int stop = close < 0 ? int(text.size()) : close + int(tag.size());
-                    line += text.mid(i, stop - i);
-                    i = stop - 1;
-                    continue;
-                }
-            }
-        } else if (c == quote) {
-            quote = QChar();
-        } else if (c == QLatin1Char('\\') && t.backslashEscapes && quote == QLatin1Char('\'') && i + 1 < text.size()) {
-            line += c;
-            line += text.at(++i);
-            continue;
-        }
-        if (c == QLatin1Char('\n')) {
+        if (c == QLatin1Char('\n') && !quoted.at(i)) {
             out += line + c;
             line.clear();
             breakAt = -1;
             continue;
         }
-        if (c == QLatin1Char(' ') && quote.isNull() && !line.trimmed().isEmpty())
-            breakAt = line.size();
+        if (c == QLatin1Char(' ') && !quoted.at(i) && !line.trimmed().isEmpty())
+            breakAt = int(line.size());
         line += c;
         if (line.size() > margin && breakAt > 0) {
             int indent = 0;

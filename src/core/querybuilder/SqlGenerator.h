@@ -38,6 +38,7 @@ private:
     QString group(const ConditionGroup &g, int mode, int pad, int indent, int level) const;
     QString limitText(const RowLimit &l) const;
     QString wrap(const QString &text) const;
+    QString indentRest(const QString &text, int pad) const;
 
     DialectChoice m_dialect;
     GeneratorOptions m_options;

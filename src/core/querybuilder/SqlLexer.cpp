@@ -2,7 +2,7 @@
 
 SqlParseError::SqlParseError(const QString &what, int offset, int line, int column)
     : VantryError(QStringLiteral("%1 (line %2, column %3)").arg(what).arg(line).arg(column)),
-      m_what(what), m_offset(offset), m_line(line), m_column(column)
+      m_reason(what), m_offset(offset), m_line(line), m_column(column)
 {
 }
 
@@ -45,6 +45,8 @@ public:
                 return tokens;
             }
             token.kind = readToken(token);
+            if (token.kind == SqlToken::QuotedName && m_name.isEmpty())
+                fail(QStringLiteral("A quoted name is empty"), token.offset, token.line, token.column);
             token.text = token.kind == SqlToken::QuotedName ? m_name : m_text.mid(token.offset, m_pos - token.offset);
             tokens.append(token);
         }

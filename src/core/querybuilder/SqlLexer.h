@@ -3,6 +3,7 @@
 // string and comment rules. Comments and white space are dropped; every token keeps its place in
 // the text (offset, 1-based line and column) for error messages.
 
+#include "app/VantryError.h"
 #include "querybuilder/SqlDialect.h"
 
 #include <QString>
@@ -33,19 +34,19 @@ struct SqlToken
     bool isWord(const char *upper) const;
 };
 
-// A failure to read SQL text, with the place it happened (1-based line and column).
-#include "app/VantryError.h"
+// A failure to read SQL text, with the place it happened (1-based line and column). message()
+// is the reason followed by "(line L, column C)"; reason() is the reason alone.
 class SqlParseError : public VantryError
 {
 public:
     SqlParseError(const QString &what, int offset, int line, int column);
-    QString what_() const { return m_what; }
+    QString reason() const { return m_reason; }
     int offset() const { return m_offset; }
     int line() const { return m_line; }
     int column() const { return m_column; }
 
 private:
-    QString m_what;
+    QString m_reason;
     int m_offset, m_line, m_column;
 };
 

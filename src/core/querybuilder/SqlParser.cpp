@@ -46,6 +46,18 @@ bool isClauseWord(const QString &upper)
 
 constexpr int MaxNesting = 150;
 
+} // namespace
+
+bool endsCondition(const QString &word)
+{
+    static const QSet<QString> limitWords = {QStringLiteral("MINUS"), QStringLiteral("ROWS"), QStringLiteral("FIRST"),
+                                             QStringLiteral("SKIP"), QStringLiteral("TOP")};
+    const QString upper = word.toUpper();
+    return isClauseWord(upper) || limitWords.contains(upper);
+}
+
+namespace {
+
 ExprPart::Kind partKind(SqlToken::Kind kind)
 {
     switch (kind) {

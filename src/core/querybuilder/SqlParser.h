@@ -34,6 +34,10 @@ Result parse(const QString &text, SqlDialect dialect);
 Expr parseExpression(const QString &text, SqlDialect dialect);
 ConditionGroup parseCondition(const QString &text, SqlDialect dialect);
 
+// Whether a word may end a condition where it stands outside parentheses (FROM, ORDER, JOIN, a
+// set operator, a row-limit word...).
+bool endsCondition(const QString &word);
+
 // Whether a word cannot stand as a bare name or alias (it would read as part of the syntax).
 bool isReservedWord(const QString &word);
 

@@ -268,7 +268,7 @@ private slots:
             engine.setSql(QStringLiteral("SELECT *\nFROM orders, nowhere"));
             QFAIL("no error");
         } catch (const SqlParseError &e) {
-            QCOMPARE(e.what_(), QStringLiteral("Unknown object 'nowhere'"));
+            QCOMPARE(e.reason(), QStringLiteral("Unknown object 'nowhere'"));
             QCOMPARE(e.line(), 2);
             QCOMPARE(e.column(), 14);
         }

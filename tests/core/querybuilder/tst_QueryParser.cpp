@@ -249,7 +249,7 @@ private slots:
             SqlParser::parse(sql, SqlDialect::Universal);
             QFAIL("no error");
         } catch (const SqlParseError &e) {
-            QCOMPARE(e.what_(), what);
+            QCOMPARE(e.reason(), what);
             QCOMPARE(e.line(), line);
             QCOMPARE(e.column(), column);
             QVERIFY(e.message().endsWith(QStringLiteral("(line %1, column %2)").arg(line).arg(column)));
