@@ -82,16 +82,13 @@ ConditionGroup splitParts(const Parts &parts, int nesting);
 ConditionItem leaf(const Parts &parts, int nesting)
 {
     Parts inner = parts;
-    while (isWrapped(inner) && nesting < 200 && standsAlone(inner.mid(1, inner.size() - 2))) {
+    // "()" stays: there is no condition inside to take out.
+    while (isWrapped(inner) && inner.size() > 2 && nesting < 200 && standsAlone(inner.mid(1, inner.size() - 2))) {
         inner = inner.mid(1, inner.size() - 2);
         ++nesting;
-        if (inner.isEmpty())
-            break;
         if (splitAt(inner, QLatin1String("OR")).size() > 1 || splitAt(inner, QLatin1String("AND")).size() > 1)
             return ConditionItem{{}, Box<ConditionGroup>(splitParts(inner, nesting + 1))};
     }
-    if (inner.isEmpty())
-        inner = parts; // "()" is not a condition of ours to take apart
     return ConditionItem{Expr{inner}, {}};
 }
 

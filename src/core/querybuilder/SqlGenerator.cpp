@@ -1,6 +1,9 @@
 #include "querybuilder/SqlGenerator.h"
 
+#include "querybuilder/SqlLexer.h"
 #include "querybuilder/SqlParser.h"
+
+#include <algorithm>
 
 namespace {
 
@@ -9,55 +12,19 @@ QString spaces(int n)
     return QString(qMax(0, n), QLatin1Char(' '));
 }
 
-// Which characters of generated text belong to a quoted run (a string literal or a quoted name,
-// quotes included): line breaks and indents may go anywhere else, never there.
-QVector<bool> quotedMask(const QString &text, const SqlDialects::Traits &t)
+// Which characters of generated text belong to a string literal or a quoted name (quotes
+// included), as the dialect's lexer reads it: line breaks and indents may go anywhere else,
+// never there.
+QVector<bool> quotedMask(const QString &text, SqlDialect dialect)
 {
     QVector<bool> mask(text.size(), false);
-    int i = 0;
-    while (i < text.size()) {
-        const QChar c = text.at(i);
-        QChar close;
-        if (c == QLatin1Char('\'') || c == QLatin1Char('"') || (c == QLatin1Char('`') && t.backtickIdentifiers))
-            close = c;
-        else if (c == QLatin1Char('[') && t.bracketIdentifiers)
-            close = QLatin1Char(']');
-        else if (c == QLatin1Char('$') && t.dollarQuotes) {
-            int end = i + 1;
-            while (end < text.size() && (text.at(end).isLetterOrNumber() || text.at(end) == QLatin1Char('_')))
-                ++end;
-            if (end < text.size() && text.at(end) == QLatin1Char('$') && !(end > i + 1 && text.at(i + 1).isDigit())) {
-                const QString tag = text.mid(i, end - i + 1);
-                const int found = text.indexOf(tag, end + 1);
-                const int stop = found < 0 ? int(text.size()) : found + int(tag.size());
-                for (int k = i; k < stop; ++k)
-                    mask[k] = true;
-                i = stop;
-                continue;
-            }
-        }
-        if (close.isNull()) {
-            ++i;
-            continue;
-        }
-        // Backslash escapes: MySQL strings, and E'...' strings of PostgreSQL.
-        const bool escapes = (close != QLatin1Char(']') && close != QLatin1Char('`') && t.backslashEscapes)
-                             || (close == QLatin1Char('\'') && i > 0 && (text.at(i - 1) == QLatin1Char('E') || text.at(i - 1) == QLatin1Char('e')));
-        mask[i++] = true;
-        while (i < text.size()) {
-            mask[i] = true;
-            if (escapes && text.at(i) == QLatin1Char('\\') && i + 1 < text.size()) {
-                mask[++i] = true;
-            } else if (text.at(i) == close) {
-                if (i + 1 < text.size() && text.at(i + 1) == close) {
-                    mask[++i] = true; // a doubled quote stands for one
-                } else {
-                    ++i;
-                    break;
-                }
-            }
-            ++i;
-        }
+    try {
+        for (const SqlToken &t : SqlLexer::tokenize(text, dialect))
+            if (t.kind == SqlToken::String || t.kind == SqlToken::QuotedName)
+                std::fill(mask.begin() + t.offset, mask.begin() + t.offset + t.length, true);
+    } catch (const SqlParseError &) {
+        // Generated text always reads; should it not, nothing is moved.
+        mask.fill(true);
     }
     return mask;
 }
@@ -115,7 +82,7 @@ QString SqlGenerator::indentRest(const QString &text, int pad) const
 {
     if (pad <= 0 || !text.contains(QLatin1Char('\n')))
         return text;
-    const QVector<bool> quoted = quotedMask(text, SqlDialects::traits(m_dialect.dialect));
+    const QVector<bool> quoted = quotedMask(text, m_dialect.dialect);
     QString out;
     out.reserve(text.size() + 16 * pad);
     for (int i = 0; i < text.size(); ++i) {
@@ -145,15 +112,18 @@ QString SqlGenerator::expression(const Expr &expr) const
         const ExprPart *next = i + 1 < expr.parts.size() ? &expr.parts.at(i + 1) : nullptr;
         bool space = prev != nullptr;
         if (prev) {
-            if (p.kind == ExprPart::Comma || p.kind == ExprPart::RParen || p.kind == ExprPart::Dot
+            if ((p.kind == ExprPart::Dot && prev->kind == ExprPart::Number) || (prev->kind == ExprPart::Dot && p.kind == ExprPart::Number))
+                space = true; // "1 ." and ". 5" written together would read as one number
+            else if (p.kind == ExprPart::Comma || p.kind == ExprPart::RParen || p.kind == ExprPart::Dot
                 || prev->kind == ExprPart::LParen || prev->kind == ExprPart::Dot)
                 space = false;
             else if ((p.kind == ExprPart::LParen)
                      && ((prev->kind == ExprPart::Word && !SqlParser::isReservedWord(prev->text)) || prev->kind == ExprPart::QuotedName))
                 space = false;
-            else if ((p.kind == ExprPart::Operator && p.text == QLatin1String("::"))
-                     || (prev->kind == ExprPart::Operator && prev->text == QLatin1String("::")))
-                space = false;
+            else if ((p.kind == ExprPart::Operator && p.text == QLatin1String("::") && prev->kind != ExprPart::Operator)
+                     || (prev->kind == ExprPart::Operator && prev->text == QLatin1String("::") && p.kind != ExprPart::Operator
+                         && p.kind != ExprPart::Parameter))
+                space = false; // x::int; operators next to each other keep their blank
         }
         if (space)
             out += QLatin1Char(' ');
@@ -502,7 +472,7 @@ QString SqlGenerator::object(const SourceObject &o, const SqlFormat &f) const
 QString SqlGenerator::wrap(const QString &text) const
 {
     const int margin = qMax(10, m_options.rightMargin);
-    const QVector<bool> quoted = quotedMask(text, SqlDialects::traits(m_dialect.dialect));
+    const QVector<bool> quoted = quotedMask(text, m_dialect.dialect);
     QString out;
     QString line;
     int breakAt = -1;

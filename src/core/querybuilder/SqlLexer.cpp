@@ -48,6 +48,7 @@ public:
             if (token.kind == SqlToken::QuotedName && m_name.isEmpty())
                 fail(QStringLiteral("A quoted name is empty"), token.offset, token.line, token.column);
             token.text = token.kind == SqlToken::QuotedName ? m_name : m_text.mid(token.offset, m_pos - token.offset);
+            token.length = m_pos - token.offset;
             tokens.append(token);
         }
     }

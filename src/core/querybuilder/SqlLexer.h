@@ -28,6 +28,7 @@ struct SqlToken
     Kind kind = End;
     QString text;
     int offset = 0;
+    int length = 0; // of the token as written
     int line = 1;
     int column = 1;
 

@@ -676,7 +676,9 @@ private:
                 break;
             if (depth == 0 && !(allowCommas && t.kind == SqlToken::Comma) && endsExpression(e, allowAlias))
                 break;
-            if (t.kind == SqlToken::LParen && (startsQuery(1) || peek(1).isWord("WITH"))) {
+            // A subquery starts right after its parenthesis; in ((SELECT ...)) the outer pair
+            // belongs to the expression.
+            if (t.kind == SqlToken::LParen && (peek(1).isWord("SELECT") || peek(1).isWord("WITH"))) {
                 take();
                 ExprPart part{ExprPart::Subquery, QString(), subqueryKindAfter(e), Box<Query>(parseQuery())};
                 expect(SqlToken::RParen, "')'");
