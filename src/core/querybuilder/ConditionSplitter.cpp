@@ -8,65 +8,79 @@ namespace {
 
 using Parts = QVector<ExprPart>;
 
+// A run of parts [begin, end) of the condition being split; the parts themselves are moved into
+// the model only once, at the leaves.
+struct Range
+{
+    int begin;
+    int end;
+    int size() const { return end - begin; }
+};
+
 bool isWord(const ExprPart &p, QLatin1String upper)
 {
     return p.kind == ExprPart::Word && p.text.compare(upper, Qt::CaseInsensitive) == 0;
 }
 
-// The parts between the outermost occurrences of `op` (AND or OR).
-QVector<Parts> splitAt(const Parts &parts, QLatin1String op)
+// The runs between the outermost occurrences of `op` (AND or OR).
+QVector<Range> splitAt(const Parts &parts, Range r, QLatin1String op)
 {
-    QVector<Parts> pieces(1);
+    QVector<Range> pieces;
     int depth = 0;
     int caseDepth = 0;
     bool pendingBetween = false;
-    for (const ExprPart &p : parts) {
+    int start = r.begin;
+    for (int i = r.begin; i < r.end; ++i) {
+        const ExprPart &p = parts.at(i);
         if (p.kind == ExprPart::LParen)
             ++depth;
         else if (p.kind == ExprPart::RParen)
             --depth;
-        else if (depth == 0 && isWord(p, QLatin1String("CASE")))
-            ++caseDepth;
-        else if (depth == 0 && isWord(p, QLatin1String("END")) && caseDepth > 0)
-            --caseDepth;
-        else if (depth == 0 && caseDepth == 0 && isWord(p, QLatin1String("BETWEEN")))
-            pendingBetween = true;
-        else if (depth == 0 && caseDepth == 0 && isWord(p, QLatin1String("AND")) && pendingBetween) {
-            pendingBetween = false;
-        } else if (depth == 0 && caseDepth == 0 && isWord(p, op)) {
-            if (pieces.last().isEmpty())
-                throw EmptyCondition();
-            pieces.append(Parts());
+        else if (depth != 0 || p.kind != ExprPart::Word)
             continue;
+        else if (isWord(p, QLatin1String("CASE")))
+            ++caseDepth;
+        else if (isWord(p, QLatin1String("END")) && caseDepth > 0)
+            --caseDepth;
+        else if (caseDepth == 0 && isWord(p, QLatin1String("BETWEEN")))
+            pendingBetween = true;
+        else if (caseDepth == 0 && pendingBetween && isWord(p, QLatin1String("AND")))
+            pendingBetween = false;
+        else if (caseDepth == 0 && isWord(p, op)) {
+            if (i == start)
+                throw EmptyCondition();
+            pieces.append({start, i});
+            start = i + 1;
         }
-        pieces.last().append(p);
     }
-    if (pieces.last().isEmpty())
+    if (start >= r.end)
         throw EmptyCondition();
+    pieces.append({start, r.end});
     return pieces;
 }
 
 // Whether the first part's parenthesis closes at the last part.
-bool isWrapped(const Parts &parts)
+bool isWrapped(const Parts &parts, Range r)
 {
-    if (parts.size() < 2 || parts.first().kind != ExprPart::LParen || parts.last().kind != ExprPart::RParen)
+    if (r.size() < 2 || parts.at(r.begin).kind != ExprPart::LParen || parts.at(r.end - 1).kind != ExprPart::RParen)
         return false;
     int depth = 0;
-    for (int i = 0; i < parts.size(); ++i) {
+    for (int i = r.begin; i < r.end; ++i) {
         if (parts.at(i).kind == ExprPart::LParen)
             ++depth;
         else if (parts.at(i).kind == ExprPart::RParen && --depth == 0)
-            return i == parts.size() - 1;
+            return i == r.end - 1;
     }
     return false;
 }
 
 // Whether the parts read the same without the parentheses around them: nothing at their outer
 // level (a comma of a row value, a FROM of EXTRACT, a clause word) would end a condition early.
-bool standsAlone(const Parts &parts)
+bool standsAlone(const Parts &parts, Range r)
 {
     int depth = 0;
-    for (const ExprPart &p : parts) {
+    for (int i = r.begin; i < r.end; ++i) {
+        const ExprPart &p = parts.at(i);
         if (p.kind == ExprPart::LParen)
             ++depth;
         else if (p.kind == ExprPart::RParen)
@@ -77,50 +91,61 @@ bool standsAlone(const Parts &parts)
     return true;
 }
 
-ConditionGroup splitParts(const Parts &parts, int nesting);
-
-ConditionItem leaf(const Parts &parts, int nesting)
+class Splitter
 {
-    Parts inner = parts;
-    // "()" stays: there is no condition inside to take out.
-    while (isWrapped(inner) && inner.size() > 2 && nesting < 200 && standsAlone(inner.mid(1, inner.size() - 2))) {
-        inner = inner.mid(1, inner.size() - 2);
-        ++nesting;
-        if (splitAt(inner, QLatin1String("OR")).size() > 1 || splitAt(inner, QLatin1String("AND")).size() > 1)
-            return ConditionItem{{}, Box<ConditionGroup>(splitParts(inner, nesting + 1))};
-    }
-    return ConditionItem{Expr{inner}, {}};
-}
+public:
+    explicit Splitter(Parts &parts) : m_parts(parts) {}
 
-ConditionGroup splitParts(const Parts &parts, int nesting)
-{
-    ConditionGroup group;
-    const QVector<Parts> ors = splitAt(parts, QLatin1String("OR"));
-    if (ors.size() > 1) {
-        group.op = ConditionGroup::Or;
-        for (const Parts &piece : ors) {
-            const QVector<Parts> ands = splitAt(piece, QLatin1String("AND"));
-            if (ands.size() > 1) {
-                ConditionGroup andGroup;
-                for (const Parts &a : ands)
-                    andGroup.items.append(leaf(a, nesting));
-                group.items.append(ConditionItem{{}, Box<ConditionGroup>(std::move(andGroup))});
-            } else {
-                group.items.append(leaf(piece, nesting));
+    ConditionGroup group(Range r, int nesting)
+    {
+        ConditionGroup g;
+        const QVector<Range> ors = splitAt(m_parts, r, QLatin1String("OR"));
+        if (ors.size() > 1) {
+            g.op = ConditionGroup::Or;
+            for (const Range &piece : ors) {
+                const QVector<Range> ands = splitAt(m_parts, piece, QLatin1String("AND"));
+                if (ands.size() > 1) {
+                    ConditionGroup andGroup;
+                    for (const Range &a : ands)
+                        andGroup.items.append(leaf(a, nesting));
+                    g.items.append(ConditionItem{{}, Box<ConditionGroup>(std::move(andGroup))});
+                } else {
+                    g.items.append(leaf(piece, nesting));
+                }
             }
+            return g;
         }
-        return group;
+        for (const Range &piece : splitAt(m_parts, r, QLatin1String("AND")))
+            g.items.append(leaf(piece, nesting));
+        return g;
     }
-    for (const Parts &piece : splitAt(parts, QLatin1String("AND")))
-        group.items.append(leaf(piece, nesting));
-    return group;
-}
+
+private:
+    ConditionItem leaf(Range r, int nesting)
+    {
+        // "()" stays: there is no condition inside to take out.
+        while (isWrapped(m_parts, r) && r.size() > 2 && nesting < 200 && standsAlone(m_parts, {r.begin + 1, r.end - 1})) {
+            r = {r.begin + 1, r.end - 1};
+            ++nesting;
+            if (splitAt(m_parts, r, QLatin1String("OR")).size() > 1 || splitAt(m_parts, r, QLatin1String("AND")).size() > 1)
+                return ConditionItem{{}, Box<ConditionGroup>(group(r, nesting + 1))};
+        }
+        Expr e;
+        e.parts.reserve(r.size());
+        for (int i = r.begin; i < r.end; ++i)
+            e.parts.append(std::move(m_parts[i]));
+        return ConditionItem{std::move(e), {}};
+    }
+
+    Parts &m_parts;
+};
 
 } // namespace
 
-ConditionGroup split(const Expr &condition)
+ConditionGroup split(Expr condition)
 {
-    return splitParts(condition.parts, 0);
+    Splitter splitter(condition.parts);
+    return splitter.group({0, int(condition.parts.size())}, 0);
 }
 
 } // namespace ConditionSplitter

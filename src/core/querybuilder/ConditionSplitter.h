@@ -13,6 +13,6 @@ struct EmptyCondition
 {
 };
 
-ConditionGroup split(const Expr &condition);
+ConditionGroup split(Expr condition);
 
 } // namespace ConditionSplitter

@@ -34,6 +34,7 @@ public:
     QVector<SqlToken> run()
     {
         QVector<SqlToken> tokens;
+        tokens.reserve(m_text.size() / 4 + 8); // SQL runs about four characters a token
         for (;;) {
             skipSpaceAndComments();
             SqlToken token;
@@ -41,7 +42,7 @@ public:
             token.line = m_line;
             token.column = m_pos - m_lineStart + 1;
             if (m_pos >= m_text.size()) {
-                tokens.append(token);
+                tokens.append(std::move(token));
                 return tokens;
             }
             token.kind = readToken(token);
@@ -49,7 +50,7 @@ public:
                 fail(QStringLiteral("A quoted name is empty"), token.offset, token.line, token.column);
             token.text = token.kind == SqlToken::QuotedName ? m_name : m_text.mid(token.offset, m_pos - token.offset);
             token.length = m_pos - token.offset;
-            tokens.append(token);
+            tokens.append(std::move(token));
         }
     }
 
@@ -213,7 +214,7 @@ private:
                                            QStringLiteral("&&"), QStringLiteral("~*"), QStringLiteral("!~"),
                                            QStringLiteral("^=")};
         for (const QString &op : longer) {
-            if (m_text.mid(start.offset, op.size()) == op) {
+            if (QStringView(m_text).mid(start.offset, op.size()) == op) {
                 m_pos = start.offset + int(op.size());
                 break;
             }

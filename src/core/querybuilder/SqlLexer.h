@@ -35,6 +35,8 @@ struct SqlToken
     bool isWord(const char *upper) const;
 };
 
+Q_DECLARE_TYPEINFO(SqlToken, Q_RELOCATABLE_TYPE);
+
 // A failure to read SQL text, with the place it happened (1-based line and column). message()
 // is the reason followed by "(line L, column C)"; reason() is the reason alone.
 class SqlParseError : public VantryError

@@ -2,46 +2,31 @@
 
 #include "querybuilder/ConditionSplitter.h"
 
-#include <QSet>
+#include "querybuilder/SqlWords.h"
 
 namespace SqlParser {
 
 bool isReservedWord(const QString &word)
 {
-    static const QSet<QString> words = {
-        QStringLiteral("SELECT"), QStringLiteral("FROM"),   QStringLiteral("WHERE"),   QStringLiteral("GROUP"),
-        QStringLiteral("HAVING"), QStringLiteral("ORDER"),  QStringLiteral("BY"),      QStringLiteral("UNION"),
-        QStringLiteral("EXCEPT"), QStringLiteral("INTERSECT"), QStringLiteral("MINUS"), QStringLiteral("LIMIT"),
-        QStringLiteral("OFFSET"), QStringLiteral("FETCH"),  QStringLiteral("FOR"),     QStringLiteral("WINDOW"),
-        QStringLiteral("INTO"),   QStringLiteral("AS"),     QStringLiteral("ON"),      QStringLiteral("USING"),
-        QStringLiteral("JOIN"),   QStringLiteral("INNER"),  QStringLiteral("LEFT"),    QStringLiteral("RIGHT"),
-        QStringLiteral("FULL"),   QStringLiteral("CROSS"),  QStringLiteral("NATURAL"), QStringLiteral("OUTER"),
-        QStringLiteral("AND"),    QStringLiteral("OR"),     QStringLiteral("NOT"),     QStringLiteral("IS"),
-        QStringLiteral("IN"),     QStringLiteral("LIKE"),   QStringLiteral("ILIKE"),   QStringLiteral("BETWEEN"),
-        QStringLiteral("NULL"),   QStringLiteral("CASE"),   QStringLiteral("WHEN"),    QStringLiteral("THEN"),
-        QStringLiteral("ELSE"),   QStringLiteral("END"),    QStringLiteral("EXISTS"),  QStringLiteral("DISTINCT"),
-        QStringLiteral("ALL"),    QStringLiteral("ANY"),    QStringLiteral("SOME"),    QStringLiteral("ASC"),
-        QStringLiteral("DESC"),   QStringLiteral("NULLS"),  QStringLiteral("ESCAPE"),  QStringLiteral("WITH"),
-        QStringLiteral("TRUE"),   QStringLiteral("FALSE"),  QStringLiteral("OVER"),    QStringLiteral("COLLATE"),
-        QStringLiteral("QUALIFY"), QStringLiteral("RETURNING"), QStringLiteral("WITHIN")};
-    return words.contains(word.toUpper());
+    static const SqlWordSet words = {
+        "SELECT", "FROM", "WHERE", "GROUP", "HAVING", "ORDER", "BY", "UNION", "EXCEPT", "INTERSECT", "MINUS",
+        "LIMIT", "OFFSET", "FETCH", "FOR", "WINDOW", "INTO", "AS", "ON", "USING", "JOIN", "INNER", "LEFT", "RIGHT",
+        "FULL", "CROSS", "NATURAL", "OUTER", "AND", "OR", "NOT", "IS", "IN", "LIKE", "ILIKE", "BETWEEN", "NULL",
+        "CASE", "WHEN", "THEN", "ELSE", "END", "EXISTS", "DISTINCT", "ALL", "ANY", "SOME", "ASC", "DESC", "NULLS",
+        "ESCAPE", "WITH", "TRUE", "FALSE", "OVER", "COLLATE", "QUALIFY", "RETURNING", "WITHIN"};
+    return words.contains(word);
 }
 
 namespace {
 
 // Words that end an expression at its outermost level.
-bool isClauseWord(const QString &upper)
+bool isClauseWord(QStringView word)
 {
-    static const QSet<QString> words = {
-        QStringLiteral("FROM"),   QStringLiteral("INTO"),  QStringLiteral("WHERE"),   QStringLiteral("GROUP"),
-        QStringLiteral("HAVING"), QStringLiteral("ORDER"), QStringLiteral("UNION"),   QStringLiteral("EXCEPT"),
-        QStringLiteral("INTERSECT"), QStringLiteral("LIMIT"), QStringLiteral("OFFSET"), QStringLiteral("FETCH"),
-        QStringLiteral("FOR"),    QStringLiteral("WINDOW"), QStringLiteral("ON"),     QStringLiteral("USING"),
-        QStringLiteral("JOIN"),   QStringLiteral("INNER"), QStringLiteral("LEFT"),    QStringLiteral("RIGHT"),
-        QStringLiteral("FULL"),   QStringLiteral("CROSS"), QStringLiteral("NATURAL"), QStringLiteral("ASC"),
-        QStringLiteral("DESC"),   QStringLiteral("NULLS"), QStringLiteral("AS"),      QStringLiteral("RETURNING"),
-        QStringLiteral("QUALIFY")};
-    return words.contains(upper);
+    static const SqlWordSet words = {
+        "FROM", "INTO", "WHERE", "GROUP", "HAVING", "ORDER", "UNION", "EXCEPT", "INTERSECT", "LIMIT", "OFFSET",
+        "FETCH", "FOR", "WINDOW", "ON", "USING", "JOIN", "INNER", "LEFT", "RIGHT", "FULL", "CROSS", "NATURAL",
+        "ASC", "DESC", "NULLS", "AS", "RETURNING", "QUALIFY"};
+    return words.contains(word);
 }
 
 constexpr int MaxNesting = 150;
@@ -50,10 +35,8 @@ constexpr int MaxNesting = 150;
 
 bool endsCondition(const QString &word)
 {
-    static const QSet<QString> limitWords = {QStringLiteral("MINUS"), QStringLiteral("ROWS"), QStringLiteral("FIRST"),
-                                             QStringLiteral("SKIP"), QStringLiteral("TOP")};
-    const QString upper = word.toUpper();
-    return isClauseWord(upper) || limitWords.contains(upper);
+    static const SqlWordSet limitWords = {"MINUS", "ROWS", "FIRST", "SKIP", "TOP"};
+    return isClauseWord(word) || limitWords.contains(word);
 }
 
 namespace {
@@ -644,11 +627,10 @@ private:
         case SqlToken::End: case SqlToken::Semicolon: case SqlToken::RParen: case SqlToken::Comma:
             return true;
         case SqlToken::Word: {
-            const QString upper = t.text.toUpper();
-            if (isClauseWord(upper)) {
-                if ((upper == QLatin1String("LEFT") || upper == QLatin1String("RIGHT")) && peek(1).kind == SqlToken::LParen)
+            if (isClauseWord(t.text)) {
+                if ((t.isWord("LEFT") || t.isWord("RIGHT")) && peek(1).kind == SqlToken::LParen)
                     return false;
-                return !(upper == QLatin1String("GROUP") && !e.parts.isEmpty() && e.parts.last().kind == ExprPart::Word
+                return !(t.isWord("GROUP") && !e.parts.isEmpty() && e.parts.last().kind == ExprPart::Word
                          && e.parts.last().text.compare(QLatin1String("WITHIN"), Qt::CaseInsensitive) == 0);
             }
             if (isSetOperator() || startsLimitWord())
@@ -734,9 +716,9 @@ private:
     ConditionGroup parseConditions()
     {
         const SqlToken &start = peek();
-        const Expr e = requireExpr(false);
+        Expr e = requireExpr(false);
         try {
-            return ConditionSplitter::split(e);
+            return ConditionSplitter::split(std::move(e));
         } catch (const ConditionSplitter::EmptyCondition &) {
             failAt(start, QStringLiteral("A condition is missing next to AND or OR"));
         }
