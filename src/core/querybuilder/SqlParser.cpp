@@ -31,6 +31,22 @@ bool isClauseWord(QStringView word)
 
 constexpr int MaxNesting = 150;
 
+// First words of the statements other than SELECT that the dialects know.
+bool startsOtherStatement(QStringView word)
+{
+    static const SqlWordSet words = {
+        "INSERT", "UPDATE", "DELETE", "MERGE", "UPSERT", "REPLACE", "CREATE", "ALTER", "DROP", "TRUNCATE",
+        "RENAME", "COMMENT", "GRANT", "REVOKE", "DENY", "EXEC", "EXECUTE", "CALL", "DECLARE", "SET", "BEGIN",
+        "START", "COMMIT", "ROLLBACK", "SAVEPOINT", "RELEASE", "END", "USE", "SHOW", "DESCRIBE", "DESC",
+        "EXPLAIN", "PRAGMA", "VACUUM", "ANALYZE", "ANALYSE", "REINDEX", "ATTACH", "DETACH", "LOCK", "UNLOCK",
+        "LOAD", "COPY", "VALUES", "TABLE", "IF", "WHILE", "PRINT", "RAISERROR", "THROW", "RETURN", "GO",
+        "BACKUP", "RESTORE", "DBCC", "CHECKPOINT", "KILL", "RECONFIGURE", "SHUTDOWN", "OPEN", "CLOSE", "FETCH",
+        "DEALLOCATE", "PREPARE", "LISTEN", "NOTIFY", "DO", "REFRESH", "CLUSTER", "DISCARD", "RESET", "CONNECT",
+        "DISCONNECT", "RECREATE", "OPTIMIZE", "REPAIR", "CHECK", "FLUSH", "HANDLER", "INSTALL",
+        "UNINSTALL", "PURGE", "FLASHBACK", "AUDIT", "NOAUDIT", "ASSOCIATE", "DISASSOCIATE", "SUMMARIZE"};
+    return words.contains(word);
+}
+
 } // namespace
 
 bool endsCondition(const QString &word)
@@ -71,6 +87,10 @@ public:
         if (peek().kind == SqlToken::End || (peek().kind == SqlToken::Semicolon && peek(1).kind == SqlToken::End))
             return result;
         if (!startsQuery(0) && !peek().isWord("WITH")) {
+            // Another kind of statement is kept as text; a word that starts no statement is
+            // more likely a mistyped SELECT, which deserves an error with its place.
+            if (peek().kind == SqlToken::Word && !startsOtherStatement(peek().text))
+                failAt(peek(), QStringLiteral("Expected SELECT but found %1").arg(describe(peek())));
             result.isSelect = false;
             return result;
         }

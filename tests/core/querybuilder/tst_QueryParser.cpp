@@ -232,6 +232,7 @@ private slots:
         QTest::newRow("for update") << "SELECT a FROM t FOR UPDATE" << 1 << 17 << "Unexpected 'FOR'";
         QTest::newRow("stray character") << "SELECT a\n\n   FROM t WHERE a = \\" << 3 << 21 << "Unexpected character '\\'";
         QTest::newRow("end") << "SELECT a FROM t WHERE a IN (" << 1 << 29 << "Expected ')' but found the end of the statement";
+        QTest::newRow("mistyped select") << "SELCT a FROM t" << 1 << 1 << "Expected SELECT but found 'SELCT'";
         QTest::newRow("two values") << "SELECT a FROM t WHERE a = 1 2" << 1 << 29 << "Unexpected '2'";
         QTest::newRow("right-nested join") << "SELECT a FROM t JOIN (u JOIN v ON 1 = 1) ON 1 = 1" << 1 << 22
                                            << "Joins nested in parentheses after JOIN are not supported";
@@ -269,8 +270,8 @@ private slots:
         QTest::newRow("execute") << "EXECUTE PROCEDURE p(1)";
         QTest::newRow("with delete") << "WITH x AS (SELECT 1 AS a) DELETE FROM t WHERE a IN (SELECT a FROM x)";
         QTest::newRow("comment first") << "-- load\nINSERT INTO t SELECT * FROM u";
-        // Not SQL at all: sleep mode keeps it as text rather than failing.
-        QTest::newRow("garbage") << "hello world (";
+        QTest::newRow("pragma") << "PRAGMA table_info(t)";
+        QTest::newRow("odbc call escape") << "{call proc(1)}";
     }
 
     void nonSelectStatementsAreLeftAlone()
