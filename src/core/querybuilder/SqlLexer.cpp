@@ -48,7 +48,7 @@ public:
             token.kind = readToken(token);
             if (token.kind == SqlToken::QuotedName && m_name.isEmpty())
                 fail(QStringLiteral("A quoted name is empty"), token.offset, token.line, token.column);
-            token.text = token.kind == SqlToken::QuotedName ? m_name : m_text.mid(token.offset, m_pos - token.offset);
+            token.text = token.kind == SqlToken::QuotedName ? m_name : shared(token.offset, m_pos - token.offset);
             token.length = m_pos - token.offset;
             tokens.append(std::move(token));
         }
@@ -243,6 +243,22 @@ private:
             while (m_pos < m_text.size() && m_text.at(m_pos).isDigit())
                 ++m_pos;
         }
+    }
+
+    // The text of a token. One-character tokens (punctuation, operators, one-letter names) are
+    // a good part of any statement: they share one string per character instead of each
+    // allocating its own.
+    QString shared(int offset, int length) const
+    {
+        static const QVector<QString> singles = [] {
+            QVector<QString> all;
+            for (int c = 0; c < 128; ++c)
+                all.append(QString(QChar(c)));
+            return all;
+        }();
+        if (length == 1 && m_text.at(offset).unicode() < 128)
+            return singles.at(m_text.at(offset).unicode());
+        return m_text.mid(offset, length);
     }
 
     const QString &m_text;
