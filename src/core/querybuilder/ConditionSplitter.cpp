@@ -22,6 +22,12 @@ bool isWord(const ExprPart &p, QLatin1String upper)
     return p.kind == ExprPart::Word && p.text.compare(upper, Qt::CaseInsensitive) == 0;
 }
 
+bool isLimitWord(const ExprPart &p)
+{
+    return isWord(p, QLatin1String("ROWS")) || isWord(p, QLatin1String("FIRST")) || isWord(p, QLatin1String("SKIP"))
+           || isWord(p, QLatin1String("TOP"));
+}
+
 // The runs between the outermost occurrences of `op` (AND or OR).
 QVector<Range> splitAt(const Parts &parts, Range r, QLatin1String op)
 {
@@ -87,6 +93,11 @@ bool standsAlone(const Parts &parts, Range r)
             --depth;
         else if (depth == 0 && (p.kind == ExprPart::Comma || (p.kind == ExprPart::Word && SqlParser::endsCondition(p.text))))
             return false;
+        else if (depth == 0 && i + 1 < r.end && isLimitWord(p)) {
+            const ExprPart::Kind next = parts.at(i + 1).kind;
+            if (next == ExprPart::Number || next == ExprPart::Parameter || next == ExprPart::LParen || next == ExprPart::Subquery)
+                return false;
+        }
     }
     return true;
 }

@@ -34,6 +34,32 @@ bool isWordPart(const ExprPart &p, const char *upper)
     return p.kind == ExprPart::Word && p.text.compare(QLatin1String(upper), Qt::CaseInsensitive) == 0;
 }
 
+// Whether a condition ends in a BETWEEN still waiting for its AND: written before another
+// condition of an AND group, it would take that AND as its own.
+bool endsInOpenBetween(const Expr &e)
+{
+    int depth = 0;
+    int caseDepth = 0;
+    bool open = false;
+    for (const ExprPart &p : e.parts) {
+        if (p.kind == ExprPart::LParen)
+            ++depth;
+        else if (p.kind == ExprPart::RParen)
+            --depth;
+        else if (depth != 0)
+            continue;
+        else if (isWordPart(p, "CASE"))
+            ++caseDepth;
+        else if (isWordPart(p, "END") && caseDepth > 0)
+            --caseDepth;
+        else if (caseDepth == 0 && isWordPart(p, "BETWEEN"))
+            open = true;
+        else if (caseDepth == 0 && isWordPart(p, "AND"))
+            open = false;
+    }
+    return open;
+}
+
 // Whether a limit can be written in another form with the same meaning.
 bool convertible(const RowLimit &l, LimitForm to)
 {
@@ -181,7 +207,9 @@ QString SqlGenerator::group(const ConditionGroup &g, int mode, int pad, int inde
             }
         } else {
             const QString e = indentRest(expression(item.condition), myPad);
-            texts << (m_options.parenthesizeSingleCriterion ? QLatin1Char('(') + e + QLatin1Char(')') : e);
+            const bool takesNextAnd = g.op == ConditionGroup::And && &item != &g.items.last()
+                                      && endsInOpenBetween(item.condition);
+            texts << (m_options.parenthesizeSingleCriterion || takesNextAnd ? QLatin1Char('(') + e + QLatin1Char(')') : e);
         }
     }
     if (!breakHere)

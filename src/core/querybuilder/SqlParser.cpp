@@ -51,8 +51,8 @@ bool startsOtherStatement(QStringView word)
 
 bool endsCondition(const QString &word)
 {
-    static const SqlWordSet limitWords = {"MINUS", "ROWS", "FIRST", "SKIP", "TOP"};
-    return isClauseWord(word) || limitWords.contains(word);
+    static const SqlWordSet setWords = {"MINUS"};
+    return isClauseWord(word) || setWords.contains(word);
 }
 
 namespace {
@@ -421,16 +421,13 @@ private:
                 limit.offset = parseLimitValue();
             return;
         }
-        if ((fetchForm || limitForm) && peek().isWord("OFFSET") && isValueStart(1)) {
+        // OFFSET m [ROWS] before FETCH FIRST (or alone, as PostgreSQL allows).
+        if (fetchForm && peek().isWord("OFFSET") && isValueStart(1)) {
             take();
             limit.offset = parseLimitValue();
-            limit.form = fetchForm ? LimitForm::FetchFirst : LimitForm::Limit;
-            if (acceptWord("ROWS") || acceptWord("ROW"))
-                limit.form = LimitForm::FetchFirst;
-            if (limit.form == LimitForm::Limit && acceptWord("LIMIT")) {
-                limit.count = parseLimitValue();
-                return;
-            }
+            limit.form = LimitForm::FetchFirst;
+            if (!acceptWord("ROWS"))
+                acceptWord("ROW");
         }
         if (fetchForm && peek().isWord("FETCH")) {
             take();
@@ -693,8 +690,8 @@ private:
             } else if (t.kind == SqlToken::RParen) {
                 --depth;
             }
-            if (t.kind == SqlToken::Number && followsValue(e))
-                unexpected();
+            if ((t.kind == SqlToken::Number && followsValue(e)) || t.isWord("SELECT"))
+                unexpected(); // a SELECT in an expression stands only in parentheses of its own
             take();
             e.parts.append(ExprPart{partKind(t.kind), t.text, SubqueryKind::Scalar, {}});
         }

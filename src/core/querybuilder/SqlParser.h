@@ -35,7 +35,7 @@ Expr parseExpression(const QString &text, SqlDialect dialect);
 ConditionGroup parseCondition(const QString &text, SqlDialect dialect);
 
 // Whether a word may end a condition where it stands outside parentheses (FROM, ORDER, JOIN, a
-// set operator, a row-limit word...).
+// set operator...). Row-limit words (ROWS, FIRST, SKIP, TOP) do so only before a value.
 bool endsCondition(const QString &word);
 
 // Whether a word cannot stand as a bare name or alias (it would read as part of the syntax).
