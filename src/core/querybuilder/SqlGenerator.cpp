@@ -98,7 +98,10 @@ QString SqlGenerator::generate(const Query &q) const
 {
     if (q.isEmpty())
         return QString();
-    const QString text = spaces(m_options.mainQuery.globalIndent) + indentRest(query(q, m_options.mainQuery), m_options.mainQuery.globalIndent);
+    const int indent = m_options.mainQuery.globalIndent;
+    QString text = query(q, m_options.mainQuery);
+    if (indent > 0)
+        text = spaces(indent) + indentRest(text, indent);
     return m_options.wordWrap ? wrap(text) : text;
 }
 
