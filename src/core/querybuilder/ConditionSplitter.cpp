@@ -82,7 +82,7 @@ bool isWrapped(const Parts &parts, Range r)
 
 // Whether the parts read the same without the parentheses around them: nothing at their outer
 // level (a comma of a row value, a FROM of EXTRACT, a clause word) would end a condition early.
-bool standsAlone(const Parts &parts, Range r)
+bool standsAlone(const Parts &parts, Range r, bool minusEndsCondition)
 {
     int depth = 0;
     for (int i = r.begin; i < r.end; ++i) {
@@ -91,7 +91,8 @@ bool standsAlone(const Parts &parts, Range r)
             ++depth;
         else if (p.kind == ExprPart::RParen)
             --depth;
-        else if (depth == 0 && (p.kind == ExprPart::Comma || (p.kind == ExprPart::Word && SqlParser::endsCondition(p.text))))
+        else if (depth == 0 && (p.kind == ExprPart::Comma || (p.kind == ExprPart::Word && SqlParser::endsCondition(p.text))
+                                || (minusEndsCondition && isWord(p, QLatin1String("MINUS")))))
             return false;
         else if (depth == 0 && i + 1 < r.end && isLimitWord(p)) {
             const ExprPart::Kind next = parts.at(i + 1).kind;
@@ -105,7 +106,7 @@ bool standsAlone(const Parts &parts, Range r)
 class Splitter
 {
 public:
-    explicit Splitter(Parts &parts) : m_parts(parts) {}
+    Splitter(Parts &parts, bool minusEndsCondition) : m_parts(parts), m_minus(minusEndsCondition) {}
 
     ConditionGroup group(Range r, int nesting)
     {
@@ -135,7 +136,7 @@ private:
     ConditionItem leaf(Range r, int nesting)
     {
         // "()" stays: there is no condition inside to take out.
-        while (isWrapped(m_parts, r) && r.size() > 2 && nesting < 200 && standsAlone(m_parts, {r.begin + 1, r.end - 1})) {
+        while (isWrapped(m_parts, r) && r.size() > 2 && nesting < 200 && standsAlone(m_parts, {r.begin + 1, r.end - 1}, m_minus)) {
             r = {r.begin + 1, r.end - 1};
             ++nesting;
             if (splitAt(m_parts, r, QLatin1String("OR")).size() > 1 || splitAt(m_parts, r, QLatin1String("AND")).size() > 1)
@@ -149,13 +150,14 @@ private:
     }
 
     Parts &m_parts;
+    bool m_minus;
 };
 
 } // namespace
 
-ConditionGroup split(Expr condition)
+ConditionGroup split(Expr condition, bool minusEndsCondition)
 {
-    Splitter splitter(condition.parts);
+    Splitter splitter(condition.parts, minusEndsCondition);
     return splitter.group({0, int(condition.parts.size())}, 0);
 }
 

@@ -13,6 +13,7 @@ struct EmptyCondition
 {
 };
 
-ConditionGroup split(Expr condition);
+// minusEndsCondition: the dialect reads MINUS as a set operator.
+ConditionGroup split(Expr condition, bool minusEndsCondition);
 
 } // namespace ConditionSplitter

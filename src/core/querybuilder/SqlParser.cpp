@@ -51,8 +51,7 @@ bool startsOtherStatement(QStringView word)
 
 bool endsCondition(const QString &word)
 {
-    static const SqlWordSet setWords = {"MINUS"};
-    return isClauseWord(word) || setWords.contains(word);
+    return isClauseWord(word);
 }
 
 namespace {
@@ -735,7 +734,7 @@ private:
         const SqlToken &start = peek();
         Expr e = requireExpr(false);
         try {
-            return ConditionSplitter::split(std::move(e));
+            return ConditionSplitter::split(std::move(e), m_traits.minusForExcept || m_dialect == SqlDialect::Universal);
         } catch (const ConditionSplitter::EmptyCondition &) {
             failAt(start, QStringLiteral("A condition is missing next to AND or OR"));
         }

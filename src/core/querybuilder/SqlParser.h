@@ -35,7 +35,8 @@ Expr parseExpression(const QString &text, SqlDialect dialect);
 ConditionGroup parseCondition(const QString &text, SqlDialect dialect);
 
 // Whether a word may end a condition where it stands outside parentheses (FROM, ORDER, JOIN, a
-// set operator...). Row-limit words (ROWS, FIRST, SKIP, TOP) do so only before a value.
+// set operator...). Row-limit words (ROWS, FIRST, SKIP, TOP) do so only before a value, MINUS
+// only where the dialect has it.
 bool endsCondition(const QString &word);
 
 // Whether a word cannot stand as a bare name or alias (it would read as part of the syntax).
