@@ -22,10 +22,11 @@ bool isWord(const ExprPart &p, QLatin1String upper)
     return p.kind == ExprPart::Word && p.text.compare(upper, Qt::CaseInsensitive) == 0;
 }
 
-bool isLimitWord(const ExprPart &p)
+bool isLimitWord(const ExprPart &p, const DialectWords &w)
 {
-    return isWord(p, QLatin1String("ROWS")) || isWord(p, QLatin1String("FIRST")) || isWord(p, QLatin1String("SKIP"))
-           || isWord(p, QLatin1String("TOP"));
+    return (w.rows && isWord(p, QLatin1String("ROWS")))
+           || (w.firstSkip && (isWord(p, QLatin1String("FIRST")) || isWord(p, QLatin1String("SKIP"))))
+           || (w.top && isWord(p, QLatin1String("TOP")));
 }
 
 // The runs between the outermost occurrences of `op` (AND or OR).
@@ -82,7 +83,7 @@ bool isWrapped(const Parts &parts, Range r)
 
 // Whether the parts read the same without the parentheses around them: nothing at their outer
 // level (a comma of a row value, a FROM of EXTRACT, a clause word) would end a condition early.
-bool standsAlone(const Parts &parts, Range r, bool minusEndsCondition)
+bool standsAlone(const Parts &parts, Range r, const DialectWords &words)
 {
     int depth = 0;
     for (int i = r.begin; i < r.end; ++i) {
@@ -92,9 +93,9 @@ bool standsAlone(const Parts &parts, Range r, bool minusEndsCondition)
         else if (p.kind == ExprPart::RParen)
             --depth;
         else if (depth == 0 && (p.kind == ExprPart::Comma || (p.kind == ExprPart::Word && SqlParser::endsCondition(p.text))
-                                || (minusEndsCondition && isWord(p, QLatin1String("MINUS")))))
+                                || (words.minus && isWord(p, QLatin1String("MINUS")))))
             return false;
-        else if (depth == 0 && i + 1 < r.end && isLimitWord(p)) {
+        else if (depth == 0 && i + 1 < r.end && isLimitWord(p, words)) {
             const ExprPart::Kind next = parts.at(i + 1).kind;
             if (next == ExprPart::Number || next == ExprPart::Parameter || next == ExprPart::LParen || next == ExprPart::Subquery)
                 return false;
@@ -106,7 +107,7 @@ bool standsAlone(const Parts &parts, Range r, bool minusEndsCondition)
 class Splitter
 {
 public:
-    Splitter(Parts &parts, bool minusEndsCondition) : m_parts(parts), m_minus(minusEndsCondition) {}
+    Splitter(Parts &parts, const DialectWords &words) : m_parts(parts), m_words(words) {}
 
     ConditionGroup group(Range r, int nesting)
     {
@@ -136,7 +137,7 @@ private:
     ConditionItem leaf(Range r, int nesting)
     {
         // "()" stays: there is no condition inside to take out.
-        while (isWrapped(m_parts, r) && r.size() > 2 && nesting < 200 && standsAlone(m_parts, {r.begin + 1, r.end - 1}, m_minus)) {
+        while (isWrapped(m_parts, r) && r.size() > 2 && nesting < 200 && standsAlone(m_parts, {r.begin + 1, r.end - 1}, m_words)) {
             r = {r.begin + 1, r.end - 1};
             ++nesting;
             if (splitAt(m_parts, r, QLatin1String("OR")).size() > 1 || splitAt(m_parts, r, QLatin1String("AND")).size() > 1)
@@ -150,14 +151,14 @@ private:
     }
 
     Parts &m_parts;
-    bool m_minus;
+    const DialectWords &m_words;
 };
 
 } // namespace
 
-ConditionGroup split(Expr condition, bool minusEndsCondition)
+ConditionGroup split(Expr condition, const DialectWords &words)
 {
-    Splitter splitter(condition.parts, minusEndsCondition);
+    Splitter splitter(condition.parts, words);
     return splitter.group({0, int(condition.parts.size())}, 0);
 }
 

@@ -13,7 +13,16 @@ struct EmptyCondition
 {
 };
 
-// minusEndsCondition: the dialect reads MINUS as a set operator.
-ConditionGroup split(Expr condition, bool minusEndsCondition);
+// The dialect's words that end a condition besides the clause words: MINUS as a set operator,
+// and the row-limit words it reads (before a value).
+struct DialectWords
+{
+    bool minus = false;
+    bool rows = false;
+    bool firstSkip = false;
+    bool top = false;
+};
+
+ConditionGroup split(Expr condition, const DialectWords &words);
 
 } // namespace ConditionSplitter

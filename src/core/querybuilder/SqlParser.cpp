@@ -734,7 +734,12 @@ private:
         const SqlToken &start = peek();
         Expr e = requireExpr(false);
         try {
-            return ConditionSplitter::split(std::move(e), m_traits.minusForExcept || m_dialect == SqlDialect::Universal);
+            ConditionSplitter::DialectWords words;
+            words.minus = m_traits.minusForExcept || m_dialect == SqlDialect::Universal;
+            words.rows = SqlDialects::acceptsLimit(m_dialect, LimitForm::Rows);
+            words.firstSkip = SqlDialects::acceptsLimit(m_dialect, LimitForm::FirstSkip);
+            words.top = SqlDialects::acceptsLimit(m_dialect, LimitForm::Top);
+            return ConditionSplitter::split(std::move(e), words);
         } catch (const ConditionSplitter::EmptyCondition &) {
             failAt(start, QStringLiteral("A condition is missing next to AND or OR"));
         }

@@ -34,9 +34,8 @@ Result parse(const QString &text, SqlDialect dialect);
 Expr parseExpression(const QString &text, SqlDialect dialect);
 ConditionGroup parseCondition(const QString &text, SqlDialect dialect);
 
-// Whether a word may end a condition where it stands outside parentheses (FROM, ORDER, JOIN, a
-// set operator...). Row-limit words (ROWS, FIRST, SKIP, TOP) do so only before a value, MINUS
-// only where the dialect has it.
+// Whether a word ends a condition in every dialect where it stands outside parentheses (FROM,
+// ORDER, JOIN, UNION...). MINUS and the row-limit words do so only in some dialects.
 bool endsCondition(const QString &word);
 
 // Whether a word cannot stand as a bare name or alias (it would read as part of the syntax).
