@@ -14,11 +14,9 @@ struct PGresult;
 using Oid = unsigned int;
 
 enum PgStatus { PgCommandOk = 1, PgTuplesOk = 2, PgSingleTuple = 9 };
-enum PgTransaction { PgTransIdle = 0 };
 
 struct PostgresApi
 {
-    PGresult *(*exec)(PGconn *, const char *) = nullptr;
     int (*resultStatus)(const PGresult *) = nullptr;
     char *(*resultErrorMessage)(const PGresult *) = nullptr;
     char *(*errorMessage)(const PGconn *) = nullptr;
@@ -30,9 +28,14 @@ struct PostgresApi
     char *(*getvalue)(const PGresult *, int, int) = nullptr;
     int (*getlength)(const PGresult *, int, int) = nullptr;
     int (*getisnull)(const PGresult *, int, int) = nullptr;
-    int (*transactionStatus)(const PGconn *) = nullptr;
     unsigned char *(*unescapeBytea)(const unsigned char *, size_t *) = nullptr;
     void (*freemem)(void *) = nullptr;
+    int (*sendQuery)(PGconn *, const char *) = nullptr;
+    int (*setSingleRowMode)(PGconn *) = nullptr;
+    PGresult *(*getResult)(PGconn *) = nullptr;
+    void *(*getCancel)(PGconn *) = nullptr;
+    int (*cancel)(void *, char *, int) = nullptr;
+    void (*freeCancel)(void *) = nullptr;
 
     bool load()
     {
@@ -42,14 +45,16 @@ struct PostgresApi
                 ResultFetchNative::loadedSymbol(lib, name));
             return fn != nullptr;
         };
-        return get(exec, "PQexec") && get(resultStatus, "PQresultStatus")
+        return get(resultStatus, "PQresultStatus")
                && get(resultErrorMessage, "PQresultErrorMessage")
                && get(errorMessage, "PQerrorMessage") && get(clear, "PQclear")
                && get(ntuples, "PQntuples") && get(nfields, "PQnfields")
                && get(fname, "PQfname") && get(ftype, "PQftype") && get(getvalue, "PQgetvalue")
                && get(getlength, "PQgetlength") && get(getisnull, "PQgetisnull")
-               && get(transactionStatus, "PQtransactionStatus")
-               && get(unescapeBytea, "PQunescapeBytea") && get(freemem, "PQfreemem");
+               && get(unescapeBytea, "PQunescapeBytea") && get(freemem, "PQfreemem")
+               && get(sendQuery, "PQsendQuery") && get(setSingleRowMode, "PQsetSingleRowMode")
+               && get(getResult, "PQgetResult") && get(getCancel, "PQgetCancel")
+               && get(cancel, "PQcancel") && get(freeCancel, "PQfreeCancel");
     }
 };
 
@@ -58,10 +63,10 @@ const PostgresApi *postgresApi()
     static const PostgresApi api = [] {
         PostgresApi loaded;
         if (!loaded.load())
-            loaded.exec = nullptr;
+            loaded.sendQuery = nullptr;
         return loaded;
     }();
-    return api.exec ? &api : nullptr;
+    return api.sendQuery ? &api : nullptr;
 }
 
 enum class Decode { Integer, Real, Boolean, Bytes, Text };
@@ -138,22 +143,26 @@ private:
 
 // Reads a server-side cursor in a transaction of its own: each batch is one FETCH, so the client
 // holds no more than one batch of libpq's result however large the query's result is.
+// Streams the query's rows in libpq's single-row mode: the client holds one row of libpq's
+// result at a time however large the result is, and the server sends rows as fast as a plain
+// query does. The connection is busy until the last row is read; ending the result early
+// cancels the query and drains what is still on its way.
 class PostgresCursor : public ResultCursor
 {
 public:
     PostgresCursor(const PostgresApi *api, PGconn *conn) : m_api(api), m_conn(conn) {}
     ~PostgresCursor() override { close(); }
 
-    // Declares the cursor and reads the result's columns from an empty first FETCH.
-    void declare(const QByteArray &sql)
+    // Sends the query and reads the result's columns from its first row (or its empty end).
+    void start(const QByteArray &sql)
     {
-        exec("BEGIN");
+        if (!m_api->sendQuery(m_conn, sql.constData()))
+            throw VantryError(QString::fromUtf8(m_api->errorMessage(m_conn)).trimmed());
         m_open = true;
+        m_api->setSingleRowMode(m_conn);
         try {
-            exec("DECLARE vantry_result NO SCROLL CURSOR FOR " + sql);
-            PgResult none(m_api, m_api->exec(m_conn, "FETCH FORWARD 0 FROM vantry_result"));
-            check(none.get(), PgTuplesOk);
-            describe(none.get());
+            m_pending = next();
+            describe(m_pending);
         } catch (...) {
             close();
             throw;
@@ -162,17 +171,18 @@ public:
 
     bool fetch(ResultTable &batch, qint64 maxRows) override
     {
-        if (!m_open)
-            return false;
         try {
-            PgResult result(m_api, m_api->exec(m_conn, "FETCH FORWARD " + QByteArray::number(maxRows)
-                                                            + " FROM vantry_result"));
-            check(result.get(), PgTuplesOk);
-            const int got = m_api->ntuples(result.get());
-            append(batch, result.get(), got);
-            if (got < maxRows) {
-                close();
-                return false;
+            for (qint64 rows = 0; rows < maxRows; ++rows) {
+                PGresult *row = m_pending ? std::exchange(m_pending, nullptr) : (m_open ? next() : nullptr);
+                if (!row || m_api->resultStatus(row) != PgSingleTuple) {
+                    // The end of the rows (a result of none, or no result at all).
+                    if (row)
+                        m_api->clear(row);
+                    drain();
+                    return false;
+                }
+                PgResult owned(m_api, row);
+                append(batch, row, 1);
             }
             return true;
         } catch (...) {
@@ -181,31 +191,52 @@ public:
         }
     }
 
-    // COMMIT ends the transaction and with it the cursor; after an error it rolls back instead.
     void close() override
     {
+        if (m_pending)
+            m_api->clear(std::exchange(m_pending, nullptr));
         if (!m_open)
             return;
-        m_open = false;
-        PgResult end(m_api, m_api->exec(m_conn, "COMMIT"));
+        // Rows still on their way: ask the server to stop sending them, then read what came.
+        if (void *token = m_api->getCancel(m_conn)) {
+            char error[256];
+            m_api->cancel(token, error, int(sizeof error));
+            m_api->freeCancel(token);
+        }
+        drain();
     }
 
     QString path() const override { return QStringLiteral("postgres"); }
 
 private:
-    void exec(const QByteArray &command)
+    // The next result of the query; throws with the server's message on an error.
+    PGresult *next()
     {
-        PgResult result(m_api, m_api->exec(m_conn, command.constData()));
-        check(result.get(), PgCommandOk);
+        PGresult *result = m_api->getResult(m_conn);
+        if (!result) {
+            m_open = false;
+            return nullptr;
+        }
+        const int status = m_api->resultStatus(result);
+        if (status != PgSingleTuple && status != PgTuplesOk && status != PgCommandOk) {
+            const QString message = QString::fromUtf8(m_api->resultErrorMessage(result)).trimmed();
+            m_api->clear(result);
+            drain();
+            throw VantryError(message.isEmpty() ? QString::fromUtf8(m_api->errorMessage(m_conn)).trimmed() : message);
+        }
+        return result;
     }
 
-    void check(PGresult *result, int expected)
+    // Reads and drops whatever the query still has to say, so the connection is free again.
+    void drain()
     {
-        if (!result)
-            throw VantryError(QString::fromUtf8(m_api->errorMessage(m_conn)).trimmed());
-        if (m_api->resultStatus(result) != expected
-            && !(expected == PgTuplesOk && m_api->resultStatus(result) == PgCommandOk))
-            throw VantryError(QString::fromUtf8(m_api->resultErrorMessage(result)).trimmed());
+        while (m_open) {
+            PGresult *result = m_api->getResult(m_conn);
+            if (!result)
+                m_open = false;
+            else
+                m_api->clear(result);
+        }
     }
 
     void describe(PGresult *result)
@@ -265,7 +296,8 @@ private:
 
     const PostgresApi *m_api;
     PGconn *m_conn;
-    bool m_open = false;
+    bool m_open = false;            // the query still has results to read
+    PGresult *m_pending = nullptr;  // the first row, read to learn the columns
     std::vector<Decode> m_decode;
 };
 
@@ -287,11 +319,9 @@ std::unique_ptr<ResultCursor> ResultFetchNative::openPostgres(const QSqlDatabase
         return nullptr;
     PGconn *conn = *static_cast<PGconn *const *>(handle.constData());
     const PostgresApi *api = postgresApi();
-    // Inside a transaction of the user a failing DECLARE would abort it, so such a connection
-    // takes the generic path.
-    if (!conn || !api || api->transactionStatus(conn) != PgTransIdle)
+    if (!conn || !api)
         return nullptr;
     auto cursor = std::make_unique<PostgresCursor>(api, conn);
-    cursor->declare(withoutTrailingSemicolons(statement));
+    cursor->start(withoutTrailingSemicolons(statement));
     return cursor;
 }

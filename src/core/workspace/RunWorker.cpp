@@ -6,6 +6,7 @@
 #include "workspace/SqlRun.h"
 
 #include <QLocale>
+#include <QThread>
 
 namespace {
 
@@ -190,16 +191,17 @@ void RunWorker::openQuery(const QString &statement, const RunService::Options &o
     m_lastQuery = statement;
     m_options = options;
     const QSqlDatabase db = m_connection.database();
+    ResultSource source = ResultSource::analyse(statement);
+    // The table's description comes first: once rows stream, the connection takes nothing else.
+    const QSqlRecord described = source.writable ? ResultNullability::tableRecord(db, source.table) : QSqlRecord();
     std::unique_ptr<ResultCursor> cursor = ResultCursor::open(db, statement, ResultCursor::Path::Automatic, engine().get());
     std::shared_ptr<ResultTable> table(cursor->emptyTable().release());
     bool more = cursor->fetch(*table, std::max<qint64>(options.batchRows, 1));
-    ResultSource source = ResultSource::analyse(statement);
     if (source.writable && table->columnCount() == 0) {
         source.writable = false;
         source.reason = QStringLiteral("The result has no columns");
     }
-    if (source.writable)
-        ResultNullability::read(db, source.table, *table);
+    ResultNullability::apply(described, *table);
     table->finishFetch(more);
     if (options.capAtFirstBatch || !more) {
         cursor->close();
@@ -212,9 +214,23 @@ void RunWorker::openQuery(const QString &statement, const RunService::Options &o
     report([table, source, more](RunService &s) { emit s.resultOpened(table, source, more); });
 }
 
+void RunWorker::waitForWindow() const
+{
+    constexpr int MaxBatchesInFlight = 2;
+    while (m_control->batchesInFlight.load() >= MaxBatchesInFlight && !cancelled()) {
+        {
+            std::lock_guard<std::mutex> lock(m_control->mutex);
+            if (m_control->abandoned)
+                return;
+        }
+        QThread::msleep(1);
+    }
+}
+
 void RunWorker::fetchMore(qint64 rows)
 {
     while (m_cursor) {
+        waitForWindow();
         const qint64 wanted = rows > 0 ? rows : WholeResultBatch;
         std::shared_ptr<ResultTable> batch(m_cursor->emptyTable().release());
         bool more = false;
@@ -235,7 +251,11 @@ void RunWorker::fetchMore(qint64 rows)
             endResult();
             more = false;
         }
-        report([batch, more](RunService &s) { emit s.rowsFetched(batch, more); });
+        ++m_control->batchesInFlight;
+        report([batch, more, control = m_control](RunService &s) {
+            emit s.rowsFetched(batch, more);
+            --control->batchesInFlight;
+        });
         if (!stopped.isEmpty()) {
             const QString reason = QStringLiteral("Fetched %1 rows; fetching stopped: %2")
                                        .arg(QLocale::c().toString(m_resultRows), stopped);

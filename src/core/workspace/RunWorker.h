@@ -17,6 +17,7 @@ struct RunControl
     std::atomic<quint64> posted{0};        // sequence number of the last job posted
     std::atomic<quint64> cancelledUpTo{0}; // jobs up to this number are cancelled
     std::atomic<bool> connecting{false};
+    std::atomic<int> batchesInFlight{0};   // fetched batches the window has not taken yet
 
     std::mutex mutex;                      // guards the two below
     std::shared_ptr<EngineCancel> engine;
@@ -58,6 +59,9 @@ private:
 
     bool connect(const TReaderConnection &record, const QString &statement);
     bool stoppedAfterConnect(const QString &statement);
+    // Waits while the window still has batches to take, so a fast server cannot pile up rows in
+    // memory faster than the grid adds them.
+    void waitForWindow() const;
     void openQuery(const QString &statement, const RunService::Options &options);
     void executeCommand(const QString &statement);
     void endResult();
