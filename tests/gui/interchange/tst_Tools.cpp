@@ -101,6 +101,23 @@ private slots:
         QSqlDatabase::removeDatabase(QStringLiteral("t"));
     }
 
+    void exportReadsTheRowsNotFetchedYet()
+    {
+        QSqlQuery q(m_db);
+        QVERIFY(q.exec("with recursive n(x) as (select 4 union all select x + 1 from n where x < 2503) "
+                       "insert into tl_city select x, 'town ' || x, x from n"));
+        QVERIFY(m_harness->open(QStringLiteral("select * from tl_city order by id")));
+        QVERIFY(m_panel->query().moreRemain());  // batches of 1,000 rows: most are still on the server
+        const QString file = m_dir.filePath(QStringLiteral("all.csv"));
+        answerSaveDialog(file, 1);
+        QSignalSpy finished(&m_tools, &TdmTools::exportFinished);
+        m_panel->findChild<QAction *>(QStringLiteral("tbExport"))->trigger();
+        QVERIFY(finished.wait(30000));
+        QFile written(file);
+        QVERIFY(written.open(QIODevice::ReadOnly));
+        QCOMPARE(written.readAll().count('\n'), 1 + 2503);  // the title line and every row
+    }
+
     void exportButtonWritesCsvOffTheWindowThread()
     {
         const QString file = m_dir.filePath(QStringLiteral("grid.csv"));
