@@ -6,6 +6,7 @@
 #include "ui/ModelExportSource.h"
 #include "ui/SePrintPreviewUn.h"
 #include "workspace/ExecutionLog.h"
+#include "workspace/LogGridFilterRow.h"
 #include "workspace/LogTableModel.h"
 
 #include <Qsci/qsciscintilla.h>
@@ -41,7 +42,7 @@ QAction *addEntry(QMenu *menu, const char *name, const QString &caption, const Q
 
 TSqlLogFrame::TSqlLogFrame(QWidget *parent)
     : QWidget(parent), md(new ExecutionLog(this)), m_model(new LogTableModel(md, this)),
-      m_sorted(new QSortFilterProxyModel(this))
+      m_sorted(new LogFilterModel(this))
 {
     setObjectName(QStringLiteral("LogPanel"));
     auto *outer = new QVBoxLayout(this);
@@ -76,13 +77,15 @@ TSqlLogFrame::TSqlLogFrame(QWidget *parent)
     PC->setDocumentMode(true);
     lgLayout->addWidget(PC);
 
-    gLog = new QTableView(PC);
+    auto *pTable = new QWidget(PC);
+    pTable->setObjectName(QStringLiteral("pTable"));
+    gLog = new QTableView(pTable);
     gLog->setObjectName(QStringLiteral("gLog"));
     m_sorted->setSourceModel(m_model);
-    m_sorted->setSortRole(Qt::UserRole);
     gLog->setModel(m_sorted);
     gLog->setSortingEnabled(true);
     gLog->sortByColumn(-1, Qt::AscendingOrder);
+    // Read-only: typing searches the current column incrementally instead of editing.
     gLog->setEditTriggers(QAbstractItemView::NoEditTriggers);
     gLog->setSelectionBehavior(QAbstractItemView::SelectRows);
     gLog->setWordWrap(false);
@@ -91,22 +94,19 @@ TSqlLogFrame::TSqlLogFrame(QWidget *parent)
     QHeaderView *header = gLog->horizontalHeader();
     header->setSectionsMovable(true);
     header->setStretchLastSection(false);
-    // Fixed widths keep appending constant-time; the statement column takes the free width.
-    const int widths[] = {44, 50, 70, 0, 260, 80};
-    for (int c = 0; c < LogTableModel::ColumnCount; ++c) {
-        if (c == LogTableModel::ColSql)
-            header->setSectionResizeMode(c, QHeaderView::Stretch);
-        else
-            gLog->setColumnWidth(c, widths[c]);
-    }
+    header->setSectionResizeMode(QHeaderView::Interactive); // a double-click on a border fits the column
+    keepLogColumnsFitted(gLog);
     gLog->setContextMenuPolicy(Qt::CustomContextMenu);
     QMenu *gridMenu = buildGridMenu();
     gLog->addActions(gridMenu->actions());
     connect(gLog, &QWidget::customContextMenuRequested, gridMenu,
             [this, gridMenu](const QPoint &pos) { gridMenu->popup(gLog->viewport()->mapToGlobal(pos)); });
-    auto *pTable = gLog;
-    pTable->setProperty("pageName", QStringLiteral("pTable"));
-    PC->addTab(gLog, QStringLiteral("Table"));
+    auto *tableLayout = new QVBoxLayout(pTable);
+    tableLayout->setContentsMargins(0, 0, 0, 0);
+    tableLayout->setSpacing(0);
+    tableLayout->addWidget(new LogGridFilterRow(gLog, m_sorted, pTable));
+    tableLayout->addWidget(gLog);
+    PC->addTab(pTable, QStringLiteral("Table"));
 
     seLog = SqlEditor::create(PC, "seLog");
     SqlEditor::useLogStyle(seLog);
@@ -115,7 +115,11 @@ TSqlLogFrame::TSqlLogFrame(QWidget *parent)
     seLog->addActions(textMenu->actions());
     connect(seLog, &QWidget::customContextMenuRequested, textMenu,
             [this, textMenu](const QPoint &pos) { textMenu->popup(seLog->mapToGlobal(pos)); });
-    PC->addTab(seLog, QStringLiteral("SQL"));
+    auto *pLog = new QWidget(PC);
+    pLog->setObjectName(QStringLiteral("pLog"));
+    (new QVBoxLayout(pLog))->setContentsMargins(0, 0, 0, 0);
+    pLog->layout()->addWidget(seLog);
+    PC->addTab(pLog, QStringLiteral("SQL"));
     PC->setCurrentIndex(0);
 }
 

@@ -8,6 +8,8 @@
 #include <Qsci/qsciscintilla.h>
 
 #include <QApplication>
+#include <QHeaderView>
+#include <QLineEdit>
 #include <QTableView>
 #include <QTimer>
 #include <QtTest>
@@ -76,6 +78,49 @@ private slots:
         QTimer::singleShot(0, this, closePreview);
         log.PrintPreview1Click();
         QCOMPARE(titles, (QStringList{"Sql Script Error Log", "Execution Log"}));
+    }
+
+    void gridFiltersSearchesAndGivesTheStatementTheRoom()
+    {
+        TSqlLogFrame log;
+        log.resize(900, 300);
+        log.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&log));
+        QVERIFY(log.findChild<QWidget *>(QStringLiteral("pTable"))->isAncestorOf(log.grid()));
+        QVERIFY(log.findChild<QWidget *>(QStringLiteral("pLog"))->isAncestorOf(log.textView()));
+
+        const QStringList statements = {"select * from orders", "update orders set x = 1", "select 2"};
+        for (const QString &sql : statements) {
+            log.SetSQL(sql);
+            log.SetMessage(sql.startsWith(QLatin1String("update")) ? QStringLiteral("locked") : QStringLiteral("OK."),
+                           sql.startsWith(QLatin1String("update")) ? 2 : 0);
+        }
+        QTableView *grid = log.grid();
+        QHeaderView *header = grid->horizontalHeader();
+        QVERIFY(header->sectionSize(LogTableModel::ColSql) > header->sectionSize(LogTableModel::ColMessage));
+        int total = 0;
+        for (int c = 0; c < LogTableModel::ColumnCount; ++c)
+            total += header->sectionSize(c);
+        QCOMPARE(total, grid->viewport()->width());
+
+        // Incremental search in the statement column.
+        grid->setCurrentIndex(grid->model()->index(0, LogTableModel::ColSql));
+        grid->setFocus();
+        QTest::keyClicks(grid, QStringLiteral("upd"));
+        QCOMPARE(grid->currentIndex().row(), 1);
+
+        // The filter row: a box per column, lined up with its column.
+        auto *sqlBox = log.findChild<QLineEdit *>(QStringLiteral("gLogFilter3"));
+        QVERIFY(sqlBox);
+        QCOMPARE(sqlBox->width(), header->sectionSize(LogTableModel::ColSql));
+        QTest::keyClicks(sqlBox, QStringLiteral("SELECT"));
+        QCOMPARE(grid->model()->rowCount(), 2);
+        auto *statusBox = log.findChild<QLineEdit *>(QStringLiteral("gLogFilter1"));
+        statusBox->setText(QStringLiteral("2"));
+        QCOMPARE(grid->model()->rowCount(), 0);
+        sqlBox->clear();
+        QCOMPARE(grid->model()->rowCount(), 1);
+        QCOMPARE(grid->model()->index(0, LogTableModel::ColMessage).data().toString(), QStringLiteral("locked"));
     }
 
     void saveLogWritesTheTextViewOnly()
