@@ -54,7 +54,7 @@ TMFrm::TMFrm(const AppServices &services, QWidget *parent)
     createMenu();
     createStatusBar();
 
-    PC = new QTabWidget(this);
+    PC = new PagerTabWidget(this);
     PC->setObjectName(QStringLiteral("PC"));
     PC->setTabsClosable(true);
     PC->setMovable(true);

@@ -2,8 +2,10 @@
 
 #include <QHBoxLayout>
 #include <QMenu>
-#include <QTabWidget>
+#include <QTabBar>
 #include <QToolButton>
+
+#include <algorithm>
 
 PagerBar::PagerBar(QTabWidget *pager, QWidget *parent)
     : QWidget(parent)
@@ -107,4 +109,34 @@ void PagerBar::reopen(int index)
     const QString text = m_closed[index].text;
     m_closed.erase(m_closed.begin() + index);
     emit reopenRequested(text);
+}
+
+namespace {
+
+class PagerTabBar : public QTabBar
+{
+public:
+    using QTabBar::QTabBar;
+
+    QSize sizeHint() const override
+    {
+        QSize size = QTabBar::sizeHint();
+        if (const QWidget *corner = cornerOf())
+            size.setHeight(std::max(size.height(), corner->sizeHint().height()));
+        return size;
+    }
+
+private:
+    const QWidget *cornerOf() const
+    {
+        auto *pager = qobject_cast<const QTabWidget *>(parentWidget());
+        return pager ? pager->cornerWidget(Qt::TopRightCorner) : nullptr;
+    }
+};
+
+} // namespace
+
+PagerTabWidget::PagerTabWidget(QWidget *parent) : QTabWidget(parent)
+{
+    setTabBar(new PagerTabBar(this));
 }

@@ -1,11 +1,11 @@
 #pragma once
 #include <QString>
+#include <QTabWidget>
 #include <QWidget>
 
 #include <vector>
 
 class QMenu;
-class QTabWidget;
 class QToolButton;
 
 // The pager's buttons beside its tabs: insert a page, the list of open pages, next, previous,
@@ -43,4 +43,13 @@ private:
     QMenu *m_pageList = nullptr;
     QMenu *m_closedPages = nullptr;
     std::vector<ClosedPage> m_closed;
+};
+
+// The main window's tab pager. Its tab bar keeps the height of a tab when no tab is left, so the
+// buttons beside it (which the pager fits into the bar's height) stay on screen.
+class PagerTabWidget : public QTabWidget
+{
+    Q_OBJECT
+public:
+    explicit PagerTabWidget(QWidget *parent);
 };

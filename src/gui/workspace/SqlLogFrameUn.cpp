@@ -1,12 +1,13 @@
 #include "workspace/SqlLogFrameUn.h"
 
 #include "app/VantryError.h"
+#include "components/ResultFilterHeader.h"
 #include "components/SqlEditor.h"
 #include "interchange/DMToolsUn.h"
 #include "ui/ModelExportSource.h"
 #include "ui/SePrintPreviewUn.h"
 #include "workspace/ExecutionLog.h"
-#include "workspace/LogGridFilterRow.h"
+#include "workspace/LogGridColumns.h"
 #include "workspace/LogTableModel.h"
 
 #include <Qsci/qsciscintilla.h>
@@ -19,7 +20,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QSaveFile>
-#include <QSortFilterProxyModel>
+#include <QScrollBar>
 #include <QTabWidget>
 #include <QTableView>
 #include <QToolButton>
@@ -81,6 +82,12 @@ TSqlLogFrame::TSqlLogFrame(QWidget *parent)
     pTable->setObjectName(QStringLiteral("pTable"));
     gLog = new QTableView(pTable);
     gLog->setObjectName(QStringLiteral("gLog"));
+    // Titles with a filter row under them: a text per column narrows the rows shown.
+    auto *header = new ResultFilterHeader(gLog);
+    header->setSortIndicatorShown(true);
+    gLog->setHorizontalHeader(header);
+    connect(header, &ResultFilterHeader::filterChanged, m_sorted, &LogFilterModel::setColumnFilter);
+    connect(gLog->horizontalScrollBar(), &QScrollBar::valueChanged, header, &ResultFilterHeader::placeEditors);
     m_sorted->setSourceModel(m_model);
     gLog->setModel(m_sorted);
     gLog->setSortingEnabled(true);
@@ -91,7 +98,6 @@ TSqlLogFrame::TSqlLogFrame(QWidget *parent)
     gLog->setWordWrap(false);
     gLog->verticalHeader()->setVisible(false);
     gLog->verticalHeader()->setDefaultSectionSize(22);
-    QHeaderView *header = gLog->horizontalHeader();
     header->setSectionsMovable(true);
     header->setStretchLastSection(false);
     header->setSectionResizeMode(QHeaderView::Interactive); // a double-click on a border fits the column
@@ -104,7 +110,6 @@ TSqlLogFrame::TSqlLogFrame(QWidget *parent)
     auto *tableLayout = new QVBoxLayout(pTable);
     tableLayout->setContentsMargins(0, 0, 0, 0);
     tableLayout->setSpacing(0);
-    tableLayout->addWidget(new LogGridFilterRow(gLog, m_sorted, pTable));
     tableLayout->addWidget(gLog);
     PC->addTab(pTable, QStringLiteral("Table"));
 

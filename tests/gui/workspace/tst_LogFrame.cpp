@@ -1,6 +1,7 @@
 // The execution log frame: what the table keeps, what the text view shows, and Save Log.
 #include "TempHome.h"
 #include "app/VantryError.h"
+#include "components/ResultFilterHeader.h"
 #include "workspace/ExecutionLog.h"
 #include "workspace/LogTableModel.h"
 #include "workspace/SqlLogFrameUn.h"
@@ -109,17 +110,20 @@ private slots:
         QTest::keyClicks(grid, QStringLiteral("upd"));
         QCOMPARE(grid->currentIndex().row(), 1);
 
-        // The filter row: a box per column, lined up with its column.
-        auto *sqlBox = log.findChild<QLineEdit *>(QStringLiteral("gLogFilter3"));
-        QVERIFY(sqlBox);
-        QCOMPARE(sqlBox->width(), header->sectionSize(LogTableModel::ColSql));
+        // The filter row under the titles: a box per column, lined up with its column.
+        auto *filters = qobject_cast<ResultFilterHeader *>(header);
+        QVERIFY(filters);
+        QTRY_VERIFY(filters->filterEditor(LogTableModel::ColSql));
+        QLineEdit *sqlBox = filters->filterEditor(LogTableModel::ColSql);
+        const int left = header->sectionViewportPosition(LogTableModel::ColSql);
+        QVERIFY(sqlBox->x() >= left && sqlBox->geometry().right() < left + header->sectionSize(LogTableModel::ColSql));
+        QVERIFY(sqlBox->width() > header->sectionSize(LogTableModel::ColSql) - 8);
         QTest::keyClicks(sqlBox, QStringLiteral("SELECT"));
-        QCOMPARE(grid->model()->rowCount(), 2);
-        auto *statusBox = log.findChild<QLineEdit *>(QStringLiteral("gLogFilter1"));
-        statusBox->setText(QStringLiteral("2"));
-        QCOMPARE(grid->model()->rowCount(), 0);
+        QTRY_COMPARE(grid->model()->rowCount(), 2);
+        filters->filterEditor(LogTableModel::ColStatus)->setText(QStringLiteral("2"));
+        QTRY_COMPARE(grid->model()->rowCount(), 0);
         sqlBox->clear();
-        QCOMPARE(grid->model()->rowCount(), 1);
+        QTRY_COMPARE(grid->model()->rowCount(), 1);
         QCOMPARE(grid->model()->index(0, LogTableModel::ColMessage).data().toString(), QStringLiteral("locked"));
     }
 
