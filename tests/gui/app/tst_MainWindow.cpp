@@ -1,4 +1,5 @@
 #include "GuiFixture.h"
+#include "app/About.h"
 #include "app/StatusMessage.h"
 #include "workspace/ConnectionList.h"
 #include "workspace/ExecutionLog.h"
@@ -9,6 +10,7 @@
 
 #include <QAction>
 #include <QComboBox>
+#include <QLabel>
 #include <QMenu>
 #include <QTabWidget>
 #include <QToolButton>
@@ -140,15 +142,21 @@ private slots:
         for (QAction *a : closed->actions())
             if (a->text().contains(QStringLiteral("select 2")))
                 reopen = a;
-        QStringList texts;
-        for (QAction *a : closed->actions())
-            texts << a->text();
-        QVERIFY2(reopen, qPrintable(texts.join('|')));
+        QVERIFY(reopen);
         reopen->trigger();
         QCOMPARE(pc->count(), 1);
         QCOMPARE(w->currentFrame()->editor()->text(), QStringLiteral("select 2"));
         emit closed->aboutToShow();
         QCOMPARE(closed->actions().size(), 2);
+    }
+
+    void aboutMailLabelWritesToSupport()
+    {
+        TAboutFrm about;
+        auto *mail = about.findChild<QLabel *>(QStringLiteral("Label1"));
+        QVERIFY(mail);
+        QVERIFY(mail->text().contains(QStringLiteral("href=\"mailto:")));
+        QCOMPARE(QUrl(TAboutFrm::supportMailUrl()).scheme(), QStringLiteral("mailto"));
     }
 
     void statusTextArrivesPostedAndCut()
