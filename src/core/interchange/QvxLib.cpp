@@ -6,6 +6,7 @@
 
 #include <QBuffer>
 #include <QFile>
+#include <QFileInfo>
 
 #include <cmath>
 
@@ -239,8 +240,10 @@ void TQVXFile::CloseStreams()
 
 QStringList qvxTablesList(const QString &fileName)
 {
-    if (!QFile::exists(fileName))
-        throw VantryError(QStringLiteral("The QVX file \"%1\" does not exist").arg(fileName));
+    // A file that is missing or may not be opened lists one table with an empty name, as its
+    // header read leaves TableName empty; a header that does not parse still raises.
+    if (!QFileInfo(fileName).isReadable())
+        return {QString()};
     TQVXFile file;
     file.FileName = fileName;
     file.ReadHeader();

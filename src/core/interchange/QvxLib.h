@@ -102,5 +102,5 @@ private:
 };
 
 // The tables of a QVX file for discovery: its TableName as its one table. A missing or
-// unreadable file raises VantryError.
+// unreadable file gives one table with an empty name.
 QStringList qvxTablesList(const QString &fileName);

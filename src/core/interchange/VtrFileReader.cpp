@@ -19,9 +19,9 @@ TLineTerminators TvtrFileReader::LineTerminatorMask(const QString &terminators)
 {
     TLineTerminators mask = 0;
     const QStringList items = terminators.split(QLatin1Char(','), Qt::SkipEmptyParts);
-    for (const QString &raw : items)
+    // Items are compared as they stand: " {CR}" with a blank is not "{CR}" and so means CR LF.
+    for (const QString &item : items)
     {
-        const QString item = raw.trimmed();
         TLineTerminatorKind kind = ltCRLF; // any text not listed stands for CR LF
         if (item == QLatin1String("{EOF}"))
             kind = ltEOF;

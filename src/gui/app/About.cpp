@@ -29,6 +29,7 @@ QLabel *linkLabel(const QString &name, const QString &text, const QString &url, 
 
 QString TAboutFrm::homePageUrl() { return QStringLiteral("https://vantry.dev/"); }
 QString TAboutFrm::supportUrl() { return QStringLiteral("https://vantry.dev/support/"); }
+QString TAboutFrm::supportMailUrl() { return QStringLiteral("mailto:support@vantry.dev"); }
 
 TAboutFrm::TAboutFrm(QWidget *parent)
     : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint)
@@ -69,7 +70,7 @@ TAboutFrm::TAboutFrm(QWidget *parent)
     layout->addWidget(version);
     layout->addWidget(fixed);
     layout->addWidget(linkLabel(QStringLiteral("ll"), homePageUrl(), homePageUrl(), frame));
-    layout->addWidget(linkLabel(QStringLiteral("Label1"), QStringLiteral("Contact support"), supportUrl(), frame));
+    layout->addWidget(linkLabel(QStringLiteral("Label1"), QStringLiteral("support@vantry.dev"), supportMailUrl(), frame));
     layout->addStretch();
 
     auto *bottom = new QHBoxLayout;

@@ -9,5 +9,6 @@ public:
     explicit TAboutFrm(QWidget *parent = nullptr);
 
     static QString homePageUrl();
-    static QString supportUrl();
+    static QString supportUrl();     // the support forum page (Help menu)
+    static QString supportMailUrl(); // a new mail to support (About box)
 };

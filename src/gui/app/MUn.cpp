@@ -2,6 +2,7 @@
 
 #include "app/About.h"
 #include "app/MainActions.h"
+#include "app/PagerBar.h"
 #include "app/SettingsStore.h"
 #include "app/StatusMessage.h"
 #include "app/UserMessages.h"
@@ -53,18 +54,15 @@ TMFrm::TMFrm(const AppServices &services, QWidget *parent)
     createMenu();
     createStatusBar();
 
-    PC = new QTabWidget(this);
+    PC = new PagerTabWidget(this);
     PC->setObjectName(QStringLiteral("PC"));
     PC->setTabsClosable(true);
     PC->setMovable(true);
     PC->setDocumentMode(true);
-    auto *addTab = new QToolButton(PC);
-    addTab->setObjectName(QStringLiteral("PCInsertPage"));
-    addTab->setText(QStringLiteral("+"));
-    addTab->setToolTip(QStringLiteral("Insert new page"));
-    addTab->setAutoRaise(true);
-    connect(addTab, &QToolButton::clicked, this, &TMFrm::AddPage);
-    PC->setCornerWidget(addTab, Qt::TopRightCorner);
+    m_pagerBar = new PagerBar(PC, PC);
+    connect(m_pagerBar, &PagerBar::insertRequested, this, &TMFrm::AddPage);
+    connect(m_pagerBar, &PagerBar::reopenRequested, this, &TMFrm::reopenPage);
+    PC->setCornerWidget(m_pagerBar, Qt::TopRightCorner);
     connect(PC, &QTabWidget::currentChanged, this, &TMFrm::PCChange);
     connect(PC, &QTabWidget::tabCloseRequested, this, &TMFrm::PCClosePage);
     setCentralWidget(PC);
@@ -233,10 +231,19 @@ void TMFrm::removePage(int index)
     if (active > 0)
         PC->setCurrentIndex(active - 1);
     QWidget *page = PC->widget(index);
+    if (auto *frame = qobject_cast<TSqlFrm *>(page))
+        m_pagerBar->recordClosed(PC->tabText(index), frame->editor()->text());
     PC->removeTab(index);
     if (page == m_current)
         m_current = qobject_cast<TSqlFrm *>(PC->currentWidget());
     delete page;
+}
+
+void TMFrm::reopenPage(const QString &text)
+{
+    AddPage();
+    if (m_current)
+        m_current->editor()->setText(text);
 }
 
 void TMFrm::showAbout()

@@ -7,6 +7,7 @@
 class QAction;
 class QLabel;
 class QMenuBar;
+class PagerBar;
 class QTabWidget;
 class TSqlFrm;
 
@@ -31,6 +32,8 @@ public slots:
     void PCChange(int index);
     void PCClosePage(int index);
     void removePage(int index);
+    // A new tab with the editor text of a closed one ("Closed Pages").
+    void reopenPage(const QString &text);
     void showAbout();
     // The View items' check marks follow the current tab's panel toggles.
     void syncViewChecks();
@@ -54,6 +57,7 @@ private:
 
     AppServices m_services;
     QTabWidget *PC = nullptr;
+    PagerBar *m_pagerBar = nullptr; // the pager's buttons
     QMenuBar *MM = nullptr;
     QLabel *m_statusPanels[2] = {nullptr, nullptr};
     QHash<QString, QAction *> m_actions;

@@ -3,8 +3,6 @@
 #include "components/BadgeIcon.h"
 #include "workspace/ExecutionLog.h"
 
-
-
 LogTableModel::LogTableModel(ExecutionLog *log, QObject *parent)
     : QAbstractTableModel(parent), m_log(log)
 {
@@ -69,4 +67,38 @@ QVariant LogTableModel::headerData(int section, Qt::Orientation orientation, int
         return {};
     static const char *const titles[] = {"N:", "Status", "Time", "SQL", "Message", "TimeTaken"};
     return section >= 0 && section < ColumnCount ? QString::fromLatin1(titles[section]) : QVariant();
+}
+
+LogFilterModel::LogFilterModel(QObject *parent) : QSortFilterProxyModel(parent)
+{
+    setSortRole(Qt::UserRole);
+}
+
+void LogFilterModel::setColumnFilter(int column, const QString &text)
+{
+    if (column < 0)
+        return;
+    if (m_filters.size() <= column)
+        m_filters.resize(column + 1);
+    if (m_filters[column] == text)
+        return;
+    m_filters[column] = text;
+    invalidateFilter();
+}
+
+QString LogFilterModel::columnFilter(int column) const { return m_filters.value(column); }
+
+bool LogFilterModel::filterAcceptsRow(int sourceRow, const QModelIndex &sourceParent) const
+{
+    const QAbstractItemModel *source = sourceModel();
+    for (int c = 0; c < m_filters.size(); ++c) {
+        if (m_filters[c].isEmpty())
+            continue;
+        // The status column shows a picture: its filter matches the number behind it.
+        const int role = c == LogTableModel::ColStatus ? Qt::UserRole : Qt::DisplayRole;
+        const QString value = source->index(sourceRow, c, sourceParent).data(role).toString();
+        if (!value.contains(m_filters[c], Qt::CaseInsensitive))
+            return false;
+    }
+    return true;
 }

@@ -1,6 +1,8 @@
 #pragma once
 #include <QAbstractTableModel>
 #include <QIcon>
+#include <QSortFilterProxyModel>
+#include <QStringList>
 
 class ExecutionLog;
 
@@ -23,4 +25,23 @@ public:
 
 private:
     ExecutionLog *m_log;
+};
+
+// The log grid's sorted and filtered view: one filter text per column, as typed in the grid's
+// filter row. A row shows when every non-empty filter occurs in its column, ignoring case; the
+// status column matches its number.
+class LogFilterModel : public QSortFilterProxyModel
+{
+    Q_OBJECT
+public:
+    explicit LogFilterModel(QObject *parent = nullptr);
+
+    void setColumnFilter(int column, const QString &text);
+    QString columnFilter(int column) const;
+
+protected:
+    bool filterAcceptsRow(int sourceRow, const QModelIndex &sourceParent) const override;
+
+private:
+    QStringList m_filters;
 };

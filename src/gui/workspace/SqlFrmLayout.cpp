@@ -19,6 +19,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMenu>
 #include <QSpinBox>
 #include <QSplitter>
 #include <QTableView>
@@ -210,6 +211,19 @@ private:
         return a;
     }
 
+    // A named pop-up menu over the items already added to `owner`; the items stay on the owner
+    // too, so their short cuts work while it has the focus.
+    QMenu *popupMenu(QAbstractScrollArea *owner, const char *name)
+    {
+        auto *menu = new QMenu(owner);
+        menu->setObjectName(QString::fromLatin1(name));
+        menu->addActions(owner->actions());
+        owner->setContextMenuPolicy(Qt::CustomContextMenu);
+        QObject::connect(owner, &QWidget::customContextMenuRequested, menu,
+                         [owner, menu](const QPoint &pos) { menu->popup(owner->viewport()->mapToGlobal(pos)); });
+        return menu;
+    }
+
     // The connection grid's pop-up menu PMC.
     void addConnectionMenu()
     {
@@ -224,6 +238,7 @@ private:
                  &TSqlFrm::DeleteConnectionItemClick);
         menuItem(grid, "RefreshConnectionItm", QStringLiteral("Refresh"), {}, &TSqlFrm::RefreshConnectionItmClick);
         menuItem(grid, "N7", QStringLiteral("Close Connection"), {}, &TSqlFrm::N7Click);
+        popupMenu(grid, "PMC");
     }
 
     QWidget *buildConnectionsPanel()
@@ -250,7 +265,6 @@ private:
         f->ConnectionsGrid->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Fixed);
         f->ConnectionsGrid->setColumnWidth(0, 40);
         f->ConnectionsGrid->horizontalHeader()->setStretchLastSection(true);
-        f->ConnectionsGrid->setContextMenuPolicy(Qt::ActionsContextMenu);
         addConnectionMenu();
         QObject::connect(f->ConnectionsGrid->selectionModel(), &QItemSelectionModel::currentRowChanged, f,
                          [f = this->f](const QModelIndex &current) {
@@ -278,10 +292,10 @@ private:
         f->lbTablesList = new QListWidget(f->TablesPanel);
         f->lbTablesList->setObjectName(QStringLiteral("lbTablesList"));
         f->lbTablesList->setToolTip(QStringLiteral("All Tables"));
-        f->lbTablesList->setContextMenuPolicy(Qt::ActionsContextMenu);
         menuItem(f->lbTablesList, "Selectfromtable1", QStringLiteral("Select * from table"), {}, &TSqlFrm::Selectfromtable1Click);
         menuItem(f->lbTablesList, "Deletefromtable1", QStringLiteral("Delete from table"), {}, &TSqlFrm::Deletefromtable1Click);
         menuItem(f->lbTablesList, "runcatetable1", QStringLiteral("Truncate table"), {}, &TSqlFrm::runcatetable1Click);
+        popupMenu(f->lbTablesList, "pmTables");
         handle(f->lbTablesList, &QListWidget::itemClicked, &TSqlFrm::lbTablesListClick);
         handle(f->JvIncSearch, &QLineEdit::textChanged, &TSqlFrm::JvIncSearchChange);
         tables->addWidget(f->lbTablesList, 1);

@@ -1,12 +1,14 @@
 #include "workspace/SqlLogFrameUn.h"
 
 #include "app/VantryError.h"
+#include "components/ResultFilterHeader.h"
 #include "components/SqlEditor.h"
 #include "interchange/DMToolsUn.h"
 #include "ui/ModelExportSource.h"
 #include "ui/SePrintPreviewUn.h"
 #include "ui/TextSearch.h"
 #include "workspace/ExecutionLog.h"
+#include "workspace/LogGridColumns.h"
 #include "workspace/LogTableModel.h"
 
 #include <Qsci/qsciscintilla.h>
@@ -19,7 +21,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QSaveFile>
-#include <QSortFilterProxyModel>
+#include <QScrollBar>
 #include <QTabWidget>
 #include <QTableView>
 #include <QToolButton>
@@ -42,7 +44,7 @@ QAction *addEntry(QMenu *menu, const char *name, const QString &caption, const Q
 
 TSqlLogFrame::TSqlLogFrame(QWidget *parent)
     : QWidget(parent), md(new ExecutionLog(this)), m_model(new LogTableModel(md, this)),
-      m_sorted(new QSortFilterProxyModel(this))
+      m_sorted(new LogFilterModel(this))
 {
     setObjectName(QStringLiteral("LogPanel"));
     auto *outer = new QVBoxLayout(this);
@@ -77,37 +79,40 @@ TSqlLogFrame::TSqlLogFrame(QWidget *parent)
     PC->setDocumentMode(true);
     lgLayout->addWidget(PC);
 
-    gLog = new QTableView(PC);
+    auto *pTable = new QWidget(PC);
+    pTable->setObjectName(QStringLiteral("pTable"));
+    gLog = new QTableView(pTable);
     gLog->setObjectName(QStringLiteral("gLog"));
+    // Titles with a filter row under them: a text per column narrows the rows shown.
+    auto *header = new ResultFilterHeader(gLog);
+    header->setSortIndicatorShown(true);
+    gLog->setHorizontalHeader(header);
+    connect(header, &ResultFilterHeader::filterChanged, m_sorted, &LogFilterModel::setColumnFilter);
+    connect(gLog->horizontalScrollBar(), &QScrollBar::valueChanged, header, &ResultFilterHeader::placeEditors);
     m_sorted->setSourceModel(m_model);
-    m_sorted->setSortRole(Qt::UserRole);
     gLog->setModel(m_sorted);
     gLog->setSortingEnabled(true);
     gLog->sortByColumn(-1, Qt::AscendingOrder);
+    // Read-only: typing searches the current column incrementally instead of editing.
     gLog->setEditTriggers(QAbstractItemView::NoEditTriggers);
     gLog->setSelectionBehavior(QAbstractItemView::SelectRows);
     gLog->setWordWrap(false);
     gLog->verticalHeader()->setVisible(false);
     gLog->verticalHeader()->setDefaultSectionSize(22);
-    QHeaderView *header = gLog->horizontalHeader();
     header->setSectionsMovable(true);
     header->setStretchLastSection(false);
-    // Fixed widths keep appending constant-time; the statement column takes the free width.
-    const int widths[] = {44, 50, 70, 0, 260, 80};
-    for (int c = 0; c < LogTableModel::ColumnCount; ++c) {
-        if (c == LogTableModel::ColSql)
-            header->setSectionResizeMode(c, QHeaderView::Stretch);
-        else
-            gLog->setColumnWidth(c, widths[c]);
-    }
+    header->setSectionResizeMode(QHeaderView::Interactive); // a double-click on a border fits the column
+    keepLogColumnsFitted(gLog);
     gLog->setContextMenuPolicy(Qt::CustomContextMenu);
     QMenu *gridMenu = buildGridMenu();
     gLog->addActions(gridMenu->actions());
     connect(gLog, &QWidget::customContextMenuRequested, gridMenu,
             [this, gridMenu](const QPoint &pos) { gridMenu->popup(gLog->viewport()->mapToGlobal(pos)); });
-    auto *pTable = gLog;
-    pTable->setProperty("pageName", QStringLiteral("pTable"));
-    PC->addTab(gLog, QStringLiteral("Table"));
+    auto *tableLayout = new QVBoxLayout(pTable);
+    tableLayout->setContentsMargins(0, 0, 0, 0);
+    tableLayout->setSpacing(0);
+    tableLayout->addWidget(gLog);
+    PC->addTab(pTable, QStringLiteral("Table"));
 
     seLog = SqlEditor::create(PC, "seLog");
     SqlEditor::useLogStyle(seLog);
@@ -116,7 +121,11 @@ TSqlLogFrame::TSqlLogFrame(QWidget *parent)
     seLog->addActions(textMenu->actions());
     connect(seLog, &QWidget::customContextMenuRequested, textMenu,
             [this, textMenu](const QPoint &pos) { textMenu->popup(seLog->mapToGlobal(pos)); });
-    PC->addTab(seLog, QStringLiteral("SQL"));
+    auto *pLog = new QWidget(PC);
+    pLog->setObjectName(QStringLiteral("pLog"));
+    (new QVBoxLayout(pLog))->setContentsMargins(0, 0, 0, 0);
+    pLog->layout()->addWidget(seLog);
+    PC->addTab(pLog, QStringLiteral("SQL"));
     PC->setCurrentIndex(0);
 }
 

@@ -4,7 +4,7 @@
 class ExecutionLog;
 class LogTableModel;
 class QMenu;
-class QSortFilterProxyModel;
+class LogFilterModel;
 class QTabWidget;
 class QTableView;
 class QsciScintilla;
@@ -61,7 +61,7 @@ private:
 
     ExecutionLog *md;
     LogTableModel *m_model;
-    QSortFilterProxyModel *m_sorted;
+    LogFilterModel *m_sorted;
     QTabWidget *PC;
     QTableView *gLog;
     TdmTools *m_tools = nullptr;

@@ -34,6 +34,8 @@ TSqlFrm::TSqlFrm(const AppServices &services, QObject *mainWindow, QWidget *pare
 {
     setObjectName(QStringLiteral("SqlFrm"));
     m_connections = new ConnectionList(services.catalogue, this);
+    connect(m_connections, &ConnectionList::reset, this, &TSqlFrm::followCaptionConnection);
+    connect(m_connections, &ConnectionList::rowChanged, this, &TSqlFrm::followCaptionConnection);
     m_connectionModel = new ConnectionGridModel(m_connections, this);
     m_run = new RunService(this);
     m_run->setHistory(services.catalogue ? &services.catalogue->history() : nullptr);
@@ -185,14 +187,39 @@ void TSqlFrm::cbConListClick()
     // The names arrive through tablesListed once the worker has read them.
     m_run->listTables(record, systemTables);
     // Only the page's caption changes: the paths stay as they are until the next run.
+    const ConnectionRow *row = m_fixedRecord ? nullptr : m_connections->current();
+    m_captionConnectionId = row ? row->connectionId : 0;
+    setPageCaption(QStringLiteral("SQL Editor [") + record.Description + QLatin1Char(']'));
+}
+
+void TSqlFrm::setPageCaption(const QString &caption)
+{
     for (QWidget *w = parentWidget(); w; w = w->parentWidget()) {
         if (auto *pager = qobject_cast<QTabWidget *>(w)) {
             const int index = pager->indexOf(this);
             if (index >= 0)
-                pager->setTabText(index, QStringLiteral("SQL Editor [") + record.Description + QLatin1Char(']'));
+                pager->setTabText(index, caption);
             break;
         }
     }
+}
+
+void TSqlFrm::followCaptionConnection()
+{
+    // The caption names the connection last clicked; it follows a rename, and a deleted
+    // connection gives the page its first caption back.
+    if (m_captionConnectionId == 0)
+        return;
+    for (int i = 0; i < m_connections->count(); ++i) {
+        const ConnectionRow &row = m_connections->row(i);
+        if (row.connectionId == m_captionConnectionId) {
+            const TReaderConnection record = WorkspaceConnection::recordFromStored(row.connectionParameters);
+            setPageCaption(QStringLiteral("SQL Editor [") + record.Description + QLatin1Char(']'));
+            return;
+        }
+    }
+    m_captionConnectionId = 0;
+    setPageCaption(QStringLiteral("Sql Editior"));
 }
 
 void TSqlFrm::setTableNames(const QStringList &names)

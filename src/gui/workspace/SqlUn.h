@@ -107,6 +107,8 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    void setPageCaption(const QString &caption);
+    void followCaptionConnection();
     friend class SqlFrmBuilder;
     QToolButton *button(const char *name) const;
     QString selectedTable() const;
@@ -131,6 +133,7 @@ private:
     RunService *m_run = nullptr;
     TReaderConnection m_record;
     bool m_fixedRecord = false;
+    qint64 m_captionConnectionId = 0; // the stored connection the page's caption names, 0 for none
     bool m_typeLocked = false;
 
     QToolBar *tb1 = nullptr;

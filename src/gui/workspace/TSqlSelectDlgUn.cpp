@@ -68,8 +68,10 @@ TSqlSelectFrm::TSqlSelectFrm(SqlHistory &history, QWidget *parent)
 {
     setObjectName(QStringLiteral("SqlSelectFrm"));
     setWindowTitle(QStringLiteral("Sql Execution History"));
-    setSizeGripEnabled(true);
-    resize(337, 332 + 41);
+    setSizeable(true);
+    setPlacementPath(QStringLiteral("SqlSelectFrm\\"));
+    imageSquare()->hide();
+    resize(337, 332);
 
     auto *layout = new QVBoxLayout(TabSheet1());
     layout->setContentsMargins(4, 4, 4, 0);

@@ -11,7 +11,7 @@ TTableBrowserFrm::TTableBrowserFrm(const AppServices &services, QWidget *parent)
 {
     setObjectName(QStringLiteral("TableBrowserFrm"));
     setWindowTitle(QStringLiteral("Table Browser"));
-    setSizeGripEnabled(true);
+    setSizeable(true);
     setWindowFlag(Qt::WindowMaximizeButtonHint);
     // The status texts of the embedded frame go to the main window behind the browser.
     QObject *statusTarget = parent ? parent->window() : nullptr;

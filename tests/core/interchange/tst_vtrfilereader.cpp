@@ -70,6 +70,8 @@ private slots:
         QTest::newRow("zero") << QString(QChar(0)) << 0x41;
         QTest::newRow("other text is CR LF") << "{TAB}" << 0x11;
         QTest::newRow("list") << "{CR},{LF}" << 0x0D;
+        QTest::newRow("blank before an item is other text") << "{LF}, {CR}" << 0x19;
+        QTest::newRow("blank after an item is other text") << "{CR} " << 0x11;
         QTest::newRow("empty is kinds 0-5") << "" << 0x3F;
         QTest::newRow("only commas") << ",," << 0x3F;
     }

@@ -1,4 +1,5 @@
 #include "GuiFixture.h"
+#include "app/About.h"
 #include "app/StatusMessage.h"
 #include "workspace/ConnectionList.h"
 #include "workspace/ExecutionLog.h"
@@ -9,8 +10,10 @@
 
 #include <QAction>
 #include <QComboBox>
+#include <QLabel>
 #include <QMenu>
 #include <QTabWidget>
+#include <QToolButton>
 #include <QtTest>
 
 class tst_MainWindow : public QObject
@@ -86,6 +89,74 @@ private slots:
         QCOMPARE(w->pager()->count(), 2);
         QCOMPARE(w->pager()->currentWidget(), w->pager()->widget(0));
         QVERIFY(w->pager()->currentWidget() != last);
+    }
+
+    void pagerButtonsMoveBetweenTabsAndReopenClosedOnes()
+    {
+        GuiFixture fx;
+        TMFrm *w = fx.show();
+        QTabWidget *pc = w->pager();
+        QStringList hints;
+        for (const char *name : {"PCInsertPage", "PCPageList", "PCPrevious", "PCNext", "PCFirst", "PCLast",
+                                 "PCClosedPages"}) {
+            auto *button = pc->findChild<QToolButton *>(QString::fromLatin1(name));
+            QVERIFY2(button, name);
+            hints << button->toolTip();
+        }
+        QCOMPARE(hints, (QStringList{"Insert new page", "Page List", "Previous", "Next", "First", "Last",
+                                     "Closed Pages"}));
+        auto click = [pc](const char *name) { pc->findChild<QToolButton *>(QString::fromLatin1(name))->click(); };
+
+        click("PCInsertPage");
+        click("PCInsertPage");
+        QCOMPARE(pc->count(), 3);
+        click("PCFirst");
+        QCOMPARE(pc->currentIndex(), 0);
+        click("PCPrevious"); // wraps round to the last page
+        QCOMPARE(pc->currentIndex(), 2);
+        click("PCNext");
+        QCOMPARE(pc->currentIndex(), 0);
+        click("PCLast");
+        QCOMPARE(pc->currentIndex(), 2);
+
+        auto *pageList = pc->findChild<QMenu *>(QStringLiteral("PCPageListMenu"));
+        QVERIFY(pageList);
+        emit pageList->aboutToShow();
+        QCOMPARE(pageList->actions().size(), 3);
+        pageList->actions().at(1)->trigger();
+        QCOMPARE(pc->currentIndex(), 1);
+
+        // Closing every tab leaves the buttons usable; a closed tab comes back with its text.
+        w->currentFrame()->editor()->setText(QStringLiteral("select 2"));
+        while (pc->count() > 0)
+            w->PCClosePage(pc->count() - 1);
+        auto *closedButton = pc->findChild<QToolButton *>(QStringLiteral("PCClosedPages"));
+        QVERIFY(closedButton->isVisibleTo(w));
+        QTRY_VERIFY(closedButton->height() > 10 && closedButton->mapTo(w, QPoint(0, 0)).y() >= 0);
+        click("PCNext"); // nothing to move to, and nothing breaks
+        auto *closed = pc->findChild<QMenu *>(QStringLiteral("PCClosedPagesMenu"));
+        QVERIFY(closed);
+        emit closed->aboutToShow();
+        QCOMPARE(closed->actions().size(), 3);
+        QAction *reopen = nullptr;
+        for (QAction *a : closed->actions())
+            if (a->text().contains(QStringLiteral("select 2")))
+                reopen = a;
+        QVERIFY(reopen);
+        reopen->trigger();
+        QCOMPARE(pc->count(), 1);
+        QCOMPARE(w->currentFrame()->editor()->text(), QStringLiteral("select 2"));
+        emit closed->aboutToShow();
+        QCOMPARE(closed->actions().size(), 2);
+    }
+
+    void aboutMailLabelWritesToSupport()
+    {
+        TAboutFrm about;
+        auto *mail = about.findChild<QLabel *>(QStringLiteral("Label1"));
+        QVERIFY(mail);
+        QVERIFY(mail->text().contains(QStringLiteral("href=\"mailto:")));
+        QCOMPARE(QUrl(TAboutFrm::supportMailUrl()).scheme(), QStringLiteral("mailto"));
     }
 
     void statusTextArrivesPostedAndCut()

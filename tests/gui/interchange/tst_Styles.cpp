@@ -10,6 +10,7 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QToolBar>
 #include <QtTest>
 
 // Themes and styles of the tools service (the theme table, the component styles, readable
@@ -54,6 +55,38 @@ private slots:
             for (bool dark : {false, true})
                 checkReadable(AppStyles::palette(TAppStyle(style), dark), AppStyles::gridTitleColor(TAppStyle(style)),
                               QStringLiteral("style %1%2").arg(style).arg(dark ? " (dark desktop)" : ""));
+    }
+
+    // A disabled toolbar button draws its caption fainter than an enabled one, in every style.
+    void disabledToolbarButtonsLookDisabled()
+    {
+        TdmTools tools;
+        QToolBar bar;
+        bar.setToolButtonStyle(Qt::ToolButtonTextOnly);
+        QAction *on = bar.addAction(QStringLiteral("Post"));
+        QAction *off = bar.addAction(QStringLiteral("Post"));
+        off->setEnabled(false);
+        bar.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&bar));
+        // The caption's ink: the contrast of the pixel farthest from the button's background.
+        auto ink = [](const QImage &image) {
+            const QColor background = image.pixelColor(1, 1);
+            double best = 1.0;
+            for (int y = 0; y < image.height(); ++y)
+                for (int x = 0; x < image.width(); ++x)
+                    best = std::max(best, AppStyles::contrast(image.pixelColor(x, y), background));
+            return best;
+        };
+        for (int entry = 0; entry < TdmTools::styleNames().size(); ++entry) {
+            tools.setApplicationStyle(entry);
+            QApplication::processEvents();
+            const QImage enabled = bar.widgetForAction(on)->grab().toImage();
+            const QImage disabled = bar.widgetForAction(off)->grab().toImage();
+            const double enabledInk = ink(enabled), disabledInk = ink(disabled);
+            QVERIFY2(disabledInk < enabledInk * 0.8,
+                     qPrintable(QStringLiteral("%1: enabled %2:1, disabled %3:1")
+                                    .arg(TdmTools::styleNames()[entry]).arg(enabledInk).arg(disabledInk)));
+        }
     }
 
     void themesChooseStylesAndComponentStyles_data()

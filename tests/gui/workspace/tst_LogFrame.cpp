@@ -1,6 +1,7 @@
 // The execution log frame: what the table keeps, what the text view shows, and Save Log.
 #include "TempHome.h"
 #include "app/VantryError.h"
+#include "components/ResultFilterHeader.h"
 #include "workspace/ExecutionLog.h"
 #include "workspace/LogTableModel.h"
 #include "workspace/SqlLogFrameUn.h"
@@ -8,6 +9,8 @@
 #include <Qsci/qsciscintilla.h>
 
 #include <QApplication>
+#include <QHeaderView>
+#include <QLineEdit>
 #include <QTableView>
 #include <QTimer>
 #include <QtTest>
@@ -76,6 +79,52 @@ private slots:
         QTimer::singleShot(0, this, closePreview);
         log.PrintPreview1Click();
         QCOMPARE(titles, (QStringList{"Sql Script Error Log", "Execution Log"}));
+    }
+
+    void gridFiltersSearchesAndGivesTheStatementTheRoom()
+    {
+        TSqlLogFrame log;
+        log.resize(900, 300);
+        log.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&log));
+        QVERIFY(log.findChild<QWidget *>(QStringLiteral("pTable"))->isAncestorOf(log.grid()));
+        QVERIFY(log.findChild<QWidget *>(QStringLiteral("pLog"))->isAncestorOf(log.textView()));
+
+        const QStringList statements = {"select * from orders", "update orders set x = 1", "select 2"};
+        for (const QString &sql : statements) {
+            log.SetSQL(sql);
+            log.SetMessage(sql.startsWith(QLatin1String("update")) ? QStringLiteral("locked") : QStringLiteral("OK."),
+                           sql.startsWith(QLatin1String("update")) ? 2 : 0);
+        }
+        QTableView *grid = log.grid();
+        QHeaderView *header = grid->horizontalHeader();
+        QVERIFY(header->sectionSize(LogTableModel::ColSql) > header->sectionSize(LogTableModel::ColMessage));
+        int total = 0;
+        for (int c = 0; c < LogTableModel::ColumnCount; ++c)
+            total += header->sectionSize(c);
+        QCOMPARE(total, grid->viewport()->width());
+
+        // Incremental search in the statement column.
+        grid->setCurrentIndex(grid->model()->index(0, LogTableModel::ColSql));
+        grid->setFocus();
+        QTest::keyClicks(grid, QStringLiteral("upd"));
+        QCOMPARE(grid->currentIndex().row(), 1);
+
+        // The filter row under the titles: a box per column, lined up with its column.
+        auto *filters = qobject_cast<ResultFilterHeader *>(header);
+        QVERIFY(filters);
+        QTRY_VERIFY(filters->filterEditor(LogTableModel::ColSql));
+        QLineEdit *sqlBox = filters->filterEditor(LogTableModel::ColSql);
+        const int left = header->sectionViewportPosition(LogTableModel::ColSql);
+        QVERIFY(sqlBox->x() >= left && sqlBox->geometry().right() < left + header->sectionSize(LogTableModel::ColSql));
+        QVERIFY(sqlBox->width() > header->sectionSize(LogTableModel::ColSql) - 8);
+        QTest::keyClicks(sqlBox, QStringLiteral("SELECT"));
+        QTRY_COMPARE(grid->model()->rowCount(), 2);
+        filters->filterEditor(LogTableModel::ColStatus)->setText(QStringLiteral("2"));
+        QTRY_COMPARE(grid->model()->rowCount(), 0);
+        sqlBox->clear();
+        QTRY_COMPARE(grid->model()->rowCount(), 1);
+        QCOMPARE(grid->model()->index(0, LogTableModel::ColMessage).data().toString(), QStringLiteral("locked"));
     }
 
     void saveLogWritesTheTextViewOnly()

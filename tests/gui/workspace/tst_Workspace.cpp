@@ -16,6 +16,7 @@
 #include <QListView>
 #include <QTableView>
 #include <QListWidget>
+#include <QMenu>
 #include <QTabWidget>
 #include <QTimer>
 #include <QToolButton>
@@ -71,6 +72,42 @@ private slots:
             QVERIFY2(tables.contains(QString::fromLatin1(t)), qPrintable(tables.join(',')));
         QCOMPARE(fx->window->pager()->tabText(0), QStringLiteral("SQL Editor [Sample (SQLite)]"));
         QVERIFY(!frame->resultPanel()->isResultOpen());
+    }
+
+    void popUpMenusAreNamedAndCaptionFollowsItsConnection()
+    {
+        auto items = [this](const char *menu) {
+            QStringList names;
+            auto *m = frame->findChild<QMenu *>(QString::fromLatin1(menu));
+            if (m)
+                for (QAction *a : m->actions())
+                    names << a->objectName();
+            return names;
+        };
+        QCOMPARE(items("PMC"), (QStringList{"ConnectionPropertiesItem", "AddConnectionItem", "DeleteConnectionItem",
+                                            "RefreshConnectionItm", "N7"}));
+        QCOMPARE(items("pmTables"), (QStringList{"Selectfromtable1", "Deletefromtable1", "runcatetable1"}));
+
+        TReaderConnection record = frame->GetConnection();
+        record.Description = QStringLiteral("Renamed");
+        addConnection(frame, record);
+        listTables(frame);
+        QCOMPARE(fx->window->pager()->tabText(0), QStringLiteral("SQL Editor [Renamed]"));
+
+        ConnectionList *list = frame->mdsConnections();
+        ConnectionRow &row = list->editCurrent();
+        record.Description = QStringLiteral("Renamed again");
+        row.connectionName = record.Description;
+        row.connectionParameters = PackParameters(ReaderConnectionToStr(record));
+        list->post();
+        QCOMPARE(fx->window->pager()->tabText(0), QStringLiteral("SQL Editor [Renamed again]"));
+
+        // Another tab does not follow a connection it never showed; this one loses a deleted one.
+        fx->window->AddPage();
+        QCOMPARE(fx->window->pager()->tabText(1), QStringLiteral("Sql Editior"));
+        fx->window->pager()->setCurrentIndex(0);
+        list->deleteCurrent();
+        QCOMPARE(fx->window->pager()->tabText(0), QStringLiteral("Sql Editior"));
     }
 
     void searchBoxFiltersWithWildcards_data()
