@@ -18,11 +18,13 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QPointer>
 #include <QPushButton>
 #include <QScreen>
 #include <QShowEvent>
 #include <QSpinBox>
 #include <QTabWidget>
+#include <QThread>
 #include <QTimer>
 #include <QToolButton>
 
@@ -202,17 +204,27 @@ void TDBConnectionDlgFrm::refillServerList(const QString &kind)
 {
     if (kind.isEmpty() || !m_services.discovery)
         return;
-    // Draw the new layout before a slow enumeration.
-    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-    QStringList servers;
-    try {
-        BusyCursor busy;
-        m_services.discovery->GetServersList(kind, servers);
-    } catch (const std::exception &) {
-        // No driver manager or no Oracle client: the list simply stays empty.
-        servers.clear();
-    }
-    cbServer->replaceItems(servers);
+    // Browsing for servers may wait on the network (SQL Server instances): it runs on a thread of
+    // its own with a discovery service of its own, and the list fills in when it is done. A
+    // later layout's list wins over an earlier one still on its way.
+    const quint64 request = ++m_serverListRequest;
+    QPointer<TDBConnectionDlgFrm> dialog(this);
+    QThread *browse = QThread::create([dialog, kind, request] {
+        QStringList servers;
+        try {
+            TimpDM discovery;
+            discovery.GetServersList(kind, servers);
+        } catch (const std::exception &) {
+            // No driver manager or no Oracle client: the list simply stays empty.
+            servers.clear();
+        }
+        QMetaObject::invokeMethod(qApp, [dialog, servers, request] {
+            if (dialog && dialog->m_serverListRequest == request)
+                dialog->cbServer->replaceItems(servers);
+        });
+    });
+    connect(browse, &QThread::finished, browse, &QObject::deleteLater);
+    browse->start();
 }
 
 // ---------------------------------------------------------------- commands

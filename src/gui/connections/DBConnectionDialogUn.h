@@ -102,6 +102,7 @@ private:
     bool cbConnectAsKeyPress(QKeyEvent *event);
 
     AppServices m_services;
+    quint64 m_serverListRequest = 0;  // the latest server list asked for
     TReaderConnection m_base; // never filled: every record the dialog builds starts from it
     std::function<void()> m_commit;
 

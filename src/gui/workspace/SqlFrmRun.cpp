@@ -260,6 +260,7 @@ void TSqlFrm::sbSqlSelectClick()
 {
     SqlHistory &history = m_services.catalogue->history();
     auto *picker = new TSqlSelectFrm(history, this);
+    picker->setPlacementStore(m_services.settings);
     if (picker->exec() == QDialog::Accepted) {
         const HistoryRow *row = history.current();
         se->setText(row ? row->executedSql : QString());
