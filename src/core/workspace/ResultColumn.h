@@ -32,6 +32,8 @@ public:
     ResultStorage storage() const { return m_storage; }
     // True for exact decimals (NUMERIC, DECIMAL): kept as the server's text, compared as numbers.
     bool isDecimal() const { return m_decimal; }
+    // Values of several kinds in one column (SQLite lets every value have its own type).
+    bool hasMixedKinds() const { return !m_kinds.empty(); }
     bool nullable() const { return m_nullable; }
     void setNullable(bool nullable) { m_nullable = nullable; }
 

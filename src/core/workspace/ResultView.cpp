@@ -1,5 +1,6 @@
 #include "ResultView.h"
 
+#include "ResultSortKeys.h"
 #include "ValueTypes.h"
 
 #include <QDateTime>
@@ -243,7 +244,10 @@ void ResultView::rebuild()
         keys << m_sortColumn;
         ascending << m_ascending;
     }
-    if (!keys.isEmpty())
+    // One sort column and no grouping: sort on compact keys, read once per cell.
+    const bool keyed = m_groups.isEmpty() && keys.size() == 1
+                       && ResultSortKeys::sort(table, m_sortColumn, m_ascending, rows);
+    if (!keys.isEmpty() && !keyed)
         std::stable_sort(rows.begin(), rows.end(), [&](qint64 a, qint64 b) {
             for (int k = 0; k < keys.size(); ++k) {
                 const int c = compare(table, keys[k], a, b);

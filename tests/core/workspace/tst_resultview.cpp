@@ -3,6 +3,8 @@
 
 #include <QtTest>
 
+#include <numeric>
+
 // Filtering, sorting and grouping a result as a row permutation, and the columnar storage under
 // it: NULL against empty text, widening of mixed columns, edits seen by sort and filter.
 class TestResultView : public QObject
@@ -86,6 +88,52 @@ private slots:
         view.setSort(column, ascending);
         view.rebuild();
         QCOMPARE(order(view), rows);
+    }
+
+    // The keyed sort of one column must give exactly the order of the general comparison, ties
+    // kept in row order, in both directions: shared 8-byte prefixes, a text that is another's
+    // prefix, negative numbers, zero, NULLs and repeated values.
+    void keyedSortMatchesTheComparison_data()
+    {
+        QTest::addColumn<int>("column");
+        QTest::addColumn<bool>("ascending");
+        for (int column = 0; column < 3; ++column)
+            for (bool ascending : {true, false})
+                QTest::newRow(qPrintable(QStringLiteral("col %1 %2").arg(column).arg(ascending ? "asc" : "desc")))
+                    << column << ascending;
+    }
+    void keyedSortMatchesTheComparison()
+    {
+        QFETCH(int, column);
+        QFETCH(bool, ascending);
+        ResultTable table;
+        table.addColumn("text", "text");
+        table.addColumn("integer", "integer");
+        table.addColumn("real", "real");
+        const QStringList texts = {"prefix-12345", "prefix-1234", "prefix-12", "prefix-123456789", "", "Zeta", "alpha", "prefix-12"};
+        for (int i = 0; i < 400; ++i) {
+            if (i % 13 == 0) {
+                for (int c = 0; c < 3; ++c)
+                    table.column(c).appendNull();
+                continue;
+            }
+            table.column(0).appendVariant(texts[(i * 7) % texts.size()] + (i % 3 ? QString() : QString::number(i % 5)));
+            table.column(1).appendInt((i * 7919) % 61 - 30);
+            table.column(2).appendReal(((i * 31) % 23 - 11) * 0.5);
+        }
+        table.finishFetch(false);
+        std::vector<qint64> expected(size_t(table.rowCount()));
+        std::iota(expected.begin(), expected.end(), 0);
+        std::stable_sort(expected.begin(), expected.end(), [&](qint64 a, qint64 b) {
+            const int c = ResultView::compare(table, column, a, b);
+            return ascending ? c < 0 : c > 0;
+        });
+        ResultView view;
+        view.setTable(&table);
+        view.setSort(column, ascending);
+        view.rebuild();
+        QList<qint64> got = order(view);
+        QCOMPARE(got, QList<qint64>(expected.begin(), expected.end()));
     }
 
     void editsAndDeletesReachTheView()
