@@ -1,5 +1,6 @@
 #include "TestServers.h"
 #include "workspace/ResultWriteBack.h"
+#include "workspace/TableKeys.h"
 #include "workspace/RunService.h"
 
 #include <QElapsedTimer>
@@ -156,6 +157,50 @@ private slots:
                                                                              : QStringLiteral("select 1"), {});
         QVERIFY(idle(run));
         QVERIFY2(seen.last().second == 0, qPrintable(seen.last().first));
+    }
+
+    void aCancelledScriptStopsBeforeItsNextChunk()
+    {
+        RunService run;
+        Recorder seen(run);
+        const TReaderConnection rc = TestServers::postgres();
+        run.runScript(rc, {QStringLiteral("select pg_sleep(60)"), QStringLiteral("create table RS_NEVER (A integer)")});
+        QVERIFY(QTest::qWaitFor([&seen] { return !seen.statements.isEmpty(); }, 10000));
+        QTest::qWait(300);
+        run.cancel();
+        QVERIFY(idle(run, 10000));
+        QCOMPARE(seen.statements.size(), 1);  // the second chunk never started
+        QVERIFY2(seen.last().first.startsWith(QStringLiteral("Cancelled by the user")), qPrintable(seen.last().first));
+        QSqlDatabase check = TestServers::openServer(QStringLiteral("postgres"), QStringLiteral("rs-check"));
+        QSqlQuery query(QStringLiteral("select count(*) from information_schema.tables where table_name = 'rs_never'"), check);
+        QVERIFY(query.next());
+        QCOMPARE(query.value(0).toInt(), 0);
+    }
+
+    void aResultIsWrittenThroughTheConnectionOfTheLatestRun()
+    {
+        // Every run reconnects: a result shown before another run is written through the new
+        // connection, never through the handle the reconnect closed.
+        RunService run;
+        Recorder seen(run);
+        const TReaderConnection rc = TestServers::sqlite(sqliteFile());
+        run.openTable(rc, QStringLiteral("select * from RS_NUMBERS where ID <= 5"), {});
+        QVERIFY(idle(run));
+        std::shared_ptr<ResultTable> shown = seen.table;
+        run.runScript(rc, {QStringLiteral("select 1")});
+        QVERIFY(idle(run));
+        shown->setValue(1, 1, QStringLiteral("after a reconnect"));
+        const std::optional<RowChange> change = ResultWriteBack::snapshotPost(*shown, 1, QStringLiteral("RS_NUMBERS"));
+        QVERIFY(change);
+        QString failure = QStringLiteral("not run");
+        auto keys = std::make_shared<TableKeyCache>();
+        run.onConnection([change, keys](const QSqlDatabase &db) { ResultWriteBack::apply(db, *change, *keys); },
+                         [&failure](const QString &error) { failure = error; });
+        QVERIFY(idle(run));
+        QCOMPARE(failure, QString());
+        run.runStatement(rc, QStringLiteral("select NAME from RS_NUMBERS where ID = 2"), {});
+        QVERIFY(idle(run));
+        QCOMPARE(seen.table->value(0, 0).toString(), QStringLiteral("after a reconnect"));
     }
 
     void severalStatementsInOneCommand_data()
