@@ -44,6 +44,19 @@ class TestResultServers : public QObject
     }
 
 private slots:
+    // Through ODBC, decimals and fractions of a second reach the grid as the server wrote them.
+    void odbcKeepsExactValues()
+    {
+        VANTRY_REQUIRE_TEST_SERVERS();
+        const QSqlDatabase db = open(QStringLiteral("odbc-postgres"));
+        const auto table = ResultFetcher::fetch(db, QStringLiteral("select timestamp '2024-01-02 03:04:05.123456' as ts, "
+                                                                   "12345678901234567890.123456::numeric(38,10) as n, 5 as i"), 0);
+        QCOMPARE(ResultFetcher::lastPath(), QStringLiteral("odbc"));
+        QCOMPARE(table->value(0, 0).toString(), QStringLiteral("2024-01-02 03:04:05.123456"));
+        QCOMPARE(table->value(0, 1).toString(), QStringLiteral("12345678901234567890.1234560000"));
+        QCOMPARE(table->value(0, 2).toLongLong(), 5);
+    }
+
     void initTestCase() { VANTRY_REQUIRE_TEST_SERVERS(); }
 
     void recordLimitOnEachPath_data()
@@ -52,9 +65,9 @@ private slots:
         QTest::addColumn<QString>("path");
         QTest::newRow("postgres native") << "postgres" << "postgres";
         QTest::newRow("mariadb native") << "mariadb" << "mariadb";
-        QTest::newRow("odbc sqlite") << "odbc-sqlite" << "generic";
-        QTest::newRow("odbc postgres") << "odbc-postgres" << "generic";
-        QTest::newRow("odbc mariadb") << "odbc-mariadb" << "generic";
+        QTest::newRow("odbc sqlite") << "odbc-sqlite" << "odbc";
+        QTest::newRow("odbc postgres") << "odbc-postgres" << "odbc";
+        QTest::newRow("odbc mariadb") << "odbc-mariadb" << "odbc";
     }
     void recordLimitOnEachPath()
     {

@@ -122,6 +122,8 @@ std::unique_ptr<ResultCursor> ResultCursor::open(const QSqlDatabase &db, const Q
             return cursor;
         if (auto cursor = ResultFetchNative::openPostgres(db, statement))
             return cursor;
+        if (auto cursor = ResultFetchNative::openOdbc(db, statement, cancel))
+            return cursor;
         if (auto cursor = ResultFetchMariaDb::open(db, statement))
             return cursor;
         if (auto cursor = ResultFetchFirebird::open(db, statement))
