@@ -220,9 +220,6 @@ private slots:
         QCOMPARE(count(check, table, QStringLiteral("t is not null and note = 'three'")), 1);
         QCOMPARE(ResultView::text(result, 2, t), QStringLiteral("typed ü text"));
         QCOMPARE(count(check, table, QStringLiteral("id = 3 and ts = '%1'").arg(e.typedTimestamp)), 1);
-        const bool odbcServer = server == QLatin1String("odbc-postgres") || server == QLatin1String("odbc-mariadb");
-        if (odbcServer)
-            QEXPECT_FAIL("", "ODBC hands timestamps over with milliseconds", Continue);
         QCOMPARE(ResultView::text(result, 2, ts), e.typedTimestamp);
 
         // A text longer than any VARCHAR parameter arrives whole (read back from the database).
@@ -252,8 +249,6 @@ private slots:
         post(grid, query, clone, keys);
         QCOMPARE(count(check, table, QStringLiteral("note = 'edited twice'")), 2);
         if (keyed) {
-            if (odbcServer)
-                QEXPECT_FAIL("", "ODBC hands over milliseconds, doubles, and zero dates as NULL", Continue);
             QCOMPARE(count(check, table, QStringLiteral("id = 50 and ") + e.exactRowOne), 1);
             result.setValue(clone, note, QStringLiteral("clone edited"));
             post(grid, query, clone, keys);

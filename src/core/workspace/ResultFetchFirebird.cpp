@@ -95,13 +95,7 @@ struct FirebirdApi
 
 const FirebirdApi *firebirdApi()
 {
-    static const FirebirdApi api = [] {
-        FirebirdApi loaded;
-        if (!loaded.load())
-            loaded.fetch = nullptr;
-        return loaded;
-    }();
-    return api.fetch ? &api : nullptr;
+    return ResultFetchNative::loadedApi<FirebirdApi>();
 }
 
 // One statement's client state; releases statement and transaction however the fetch ends.

@@ -78,13 +78,7 @@ struct MariaDbApi
 
 const MariaDbApi *mariaDbApi()
 {
-    static const MariaDbApi api = [] {
-        MariaDbApi loaded;
-        if (!loaded.load())
-            loaded.realQuery = nullptr;
-        return loaded;
-    }();
-    return api.realQuery ? &api : nullptr;
+    return ResultFetchNative::loadedApi<MariaDbApi>();
 }
 
 enum class Decode { Integer, Unsigned, Real, Bit, Bytes, Text };

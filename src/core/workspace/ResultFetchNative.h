@@ -2,6 +2,7 @@
 #include "ResultCursor.h"
 
 #include <QSqlDatabase>
+#include <atomic>
 #include <memory>
 
 // Cursors that read through the native client handle of a Qt driver. Each returns nullptr when
@@ -19,5 +20,22 @@ std::unique_ptr<ResultCursor> openOdbc(const QSqlDatabase &db, const QString &st
 // the loaded library, rather than linking one, guarantees the handle and the functions belong to
 // the same copy of the client.
 void *loadedSymbol(const char *library, const char *symbol);
+
+// The entry-point table `Api` (a struct with `bool load()`) of a client library, once all its
+// entry points are found; nullptr until then. A failed lookup is tried again next time: the
+// first result may be read before any connection has loaded that library.
+template<typename Api>
+const Api *loadedApi()
+{
+    static std::atomic<const Api *> found{nullptr};
+    if (const Api *api = found.load())
+        return api;
+    Api loaded;
+    if (!loaded.load())
+        return nullptr;
+    static const Api api = loaded;
+    found.store(&api);
+    return &api;
+}
 
 } // namespace ResultFetchNative

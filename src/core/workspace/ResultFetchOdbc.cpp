@@ -38,13 +38,7 @@ struct OdbcApi
 
 const OdbcApi *odbcApi()
 {
-    static const OdbcApi api = [] {
-        OdbcApi loaded;
-        if (!loaded.load())
-            loaded.fetch = nullptr;
-        return loaded;
-    }();
-    return api.fetch ? &api : nullptr;
+    return ResultFetchNative::loadedApi<OdbcApi>();
 }
 
 enum class Read { Integer, Real, Bytes, Text };

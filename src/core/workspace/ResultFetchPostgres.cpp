@@ -60,13 +60,7 @@ struct PostgresApi
 
 const PostgresApi *postgresApi()
 {
-    static const PostgresApi api = [] {
-        PostgresApi loaded;
-        if (!loaded.load())
-            loaded.sendQuery = nullptr;
-        return loaded;
-    }();
-    return api.sendQuery ? &api : nullptr;
+    return ResultFetchNative::loadedApi<PostgresApi>();
 }
 
 enum class Decode { Integer, Real, Boolean, Bytes, Text };

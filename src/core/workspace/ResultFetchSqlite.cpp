@@ -48,13 +48,7 @@ struct SqliteApi
 
 const SqliteApi *sqliteApi()
 {
-    static const SqliteApi api = [] {
-        SqliteApi loaded;
-        if (!loaded.load())
-            loaded.step = nullptr;
-        return loaded;
-    }();
-    return api.step ? &api : nullptr;
+    return ResultFetchNative::loadedApi<SqliteApi>();
 }
 
 QMetaType::Type logicalTypeOf(const char *declared)

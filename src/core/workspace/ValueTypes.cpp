@@ -84,8 +84,8 @@ bool canLocate(const QString &driverName, const QString &typeName)
         return type != QLatin1String("qbytearray") && !type.startsWith(QLatin1String("blob"))
                && type != QLatin1String("qtime") && type != QLatin1String("qdatetime")
                && type != QLatin1String("double");
-    // Through ODBC long data cannot be compared on most drivers, and the driver hands times over
-    // with milliseconds, decimals as doubles and MariaDB's zero dates as NULL.
+    // Through ODBC long data cannot be compared on most drivers, and drivers differ in how they
+    // compare a bound text with a date, a time or a double: those stay out of an all-fields match.
     if (driverName == QLatin1String("QODBC"))
         return type != QLatin1String("qbytearray") && type != QLatin1String("qtime")
                && type != QLatin1String("qdatetime") && type != QLatin1String("double")
