@@ -1,6 +1,5 @@
 #include "ResultCursor.h"
 
-#include "EngineCancel.h"
 #include "ResultFetchFirebird.h"
 #include "ResultFetchMariaDb.h"
 #include "ResultFetchNative.h"
@@ -27,32 +26,17 @@ QMetaType::Type logicalTypeOf(const QMetaType &type)
     }
 }
 
-// Any Qt SQL driver: a forward-only query read one value at a time.
+// Any other Qt SQL driver: a forward-only query read one value at a time. (ODBC, whose cancel
+// reaches a statement rather than the connection, has a cursor of its own.)
 class GenericCursor : public ResultCursor
 {
 public:
-    GenericCursor(const QSqlDatabase &db, EngineCancel *cancel) : m_query(db)
-    {
-        m_query.setForwardOnly(true);
-        // ODBC cancels a statement: prepare it first, so its handle is known while it runs.
-        if (cancel && db.driverName() == QLatin1String("QODBC"))
-            m_cancel = cancel;
-    }
+    explicit GenericCursor(const QSqlDatabase &db) : m_query(db) { m_query.setForwardOnly(true); }
     ~GenericCursor() override { close(); }
 
     void exec(const QString &statement)
     {
-        bool ok;
-        if (m_cancel) {
-            ok = m_query.prepare(statement);
-            if (ok) {
-                m_cancel->watchStatement(&m_query);
-                ok = m_query.exec();
-            }
-        } else {
-            ok = m_query.exec(statement);
-        }
-        if (!ok) {
+        if (!m_query.exec(statement)) {
             const QSqlError error = m_query.lastError();
             close();
             throw VantryError(sqlErrorText(error));
@@ -87,9 +71,6 @@ public:
 
     void close() override
     {
-        if (m_cancel)
-            m_cancel->watchStatement(nullptr);
-        m_cancel = nullptr;
         m_open = false;
         m_query.finish();
     }
@@ -98,7 +79,6 @@ public:
 
 private:
     QSqlQuery m_query;
-    EngineCancel *m_cancel = nullptr;
     bool m_open = false;
 };
 
@@ -107,8 +87,8 @@ private:
 std::unique_ptr<ResultTable> ResultCursor::emptyTable() const
 {
     auto table = std::make_unique<ResultTable>();
-    for (const ColumnSpec &spec : m_columns)
-        table->addColumn(spec.name, spec.typeName, spec.logicalType);
+    for (const ColumnDefinition &column : m_columns)
+        table->addColumn(column.name, column.typeName, column.logicalType);
     return table;
 }
 
@@ -129,7 +109,7 @@ std::unique_ptr<ResultCursor> ResultCursor::open(const QSqlDatabase &db, const Q
         if (auto cursor = ResultFetchFirebird::open(db, statement))
             return cursor;
     }
-    auto cursor = std::make_unique<GenericCursor>(db, cancel);
+    auto cursor = std::make_unique<GenericCursor>(db);
     cursor->exec(statement);
     return cursor;
 }

@@ -45,7 +45,7 @@ public:
                                               Path path = Path::Automatic, EngineCancel *cancel = nullptr);
 
 protected:
-    struct ColumnSpec
+    struct ColumnDefinition
     {
         QString name;
         QString typeName;
@@ -57,5 +57,5 @@ protected:
     }
 
 private:
-    std::vector<ColumnSpec> m_columns;
+    std::vector<ColumnDefinition> m_columns;
 };
