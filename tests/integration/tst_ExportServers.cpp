@@ -87,20 +87,7 @@ private slots:
                            "print(json.dumps([[cell(c.value) for c in r] for r in ws.iter_rows(min_row=2, max_row=4, max_col=7)]))\n"),
             {xlsx});
         QCOMPARE(fromXlsx.array(), expected);
-        const QJsonDocument fromXls = runPythonReader(
-            QStringLiteral("import json, sys, xlrd, datetime\n"
-                           "b = xlrd.open_workbook(sys.argv[1]); s = b.sheet_by_index(0)\n"
-                           "def cell(r, c):\n"
-                           "    if r >= s.nrows or c >= s.ncols: return None\n"
-                           "    c = s.cell(r, c)\n"
-                           "    if c.ctype == 0: return None\n"
-                           "    if c.ctype == 1: return ['str', c.value]\n"
-                           "    if c.ctype == 4: return ['bool', str(bool(c.value))]\n"
-                           "    if c.ctype == 3: return ['datetime', str(datetime.datetime(*xlrd.xldate_as_tuple(c.value, b.datemode)))]\n"
-                           "    v = c.value\n"
-                           "    return ['int', str(int(v))] if v == int(v) else ['float', str(v)]\n"
-                           "print(json.dumps([[cell(r, c) for c in range(7)] for r in range(1, 4)]))\n"),
-            {xls});
+        const QJsonDocument fromXls = readXlsCells(xls, QStringLiteral("range(1, 4)"), 7);
         QCOMPARE(fromXls.array(), expected);
 
         // CSV holds what the grid shows, cell for cell.

@@ -84,6 +84,15 @@ class TestRunService : public QObject
 
     QString sqliteFile() const { return m_dir.filePath(QStringLiteral("run.sqlite")); }
 
+    // Opens the 100,000 numbered rows in batches of `batchRows` and waits for the first batch.
+    void openNumbers(RunService &run, qint64 batchRows, const QString &statement = QStringLiteral("select * from RS_NUMBERS"))
+    {
+        RunService::Options options;
+        options.batchRows = batchRows;
+        run.openTable(TestServers::sqlite(sqliteFile()), statement, options);
+        QVERIFY(idle(run));
+    }
+
     static TReaderConnection server(const QString &name)
     {
         if (name == QLatin1String("postgres"))
@@ -238,14 +247,11 @@ private slots:
     {
         RunService run;
         Recorder seen(run);
-        RunService::Options options;
-        options.batchRows = 1000;
-        run.openTable(TestServers::sqlite(sqliteFile()), QStringLiteral("select * from RS_NUMBERS order by ID"), options);
-        QVERIFY(idle(run));
+        openNumbers(run, 1000, QStringLiteral("select * from RS_NUMBERS order by ID"));
         QCOMPARE(seen.table->fetchedRows(), 1000);
         QVERIFY(seen.more);
         while (seen.more) {
-            run.fetchMore(options.batchRows);
+            run.fetchMore(1000);
             QVERIFY(idle(run));
         }
         QCOMPARE(seen.table->fetchedRows(), 100000);
@@ -274,10 +280,7 @@ private slots:
     {
         RunService run;
         Recorder seen(run);
-        RunService::Options options;
-        options.batchRows = 10;
-        run.openTable(TestServers::sqlite(sqliteFile()), QStringLiteral("select * from RS_NUMBERS"), options);
-        QVERIFY(idle(run));
+        openNumbers(run, 10);
         QVERIFY(seen.more);
         seen.table->setValue(3, 1, QStringLiteral("edited"));
         std::shared_ptr<ResultTable> table = seen.table;

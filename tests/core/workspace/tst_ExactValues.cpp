@@ -7,6 +7,8 @@
 
 #include <QSqlQuery>
 #include <QTemporaryDir>
+#include "FilledTable.h"
+
 #include <QtTest>
 
 // Exact decimals ordered and filtered as numbers, which columns may locate a row, and the edit
@@ -19,16 +21,10 @@ class TestExactValues : public QObject
     // id (integer, NOT NULL), amount (numeric text), note (text)
     static std::unique_ptr<ResultTable> sample()
     {
-        auto table = std::make_unique<ResultTable>();
-        table->addColumn("id", "int4").setNullable(false);
-        table->addColumn("amount", "numeric");
-        table->addColumn("note", "text");
-        const QVariantList rows[] = {{1, "-3", "a"}, {2, "1.5", QVariant()}, {3, "10.25", "c"},
-                                     {4, "2", "d"}, {5, QVariant(), "e"}, {6, "-0.000000001", "f"}};
-        for (const QVariantList &row : rows)
-            for (int col = 0; col < 3; ++col)
-                table->column(col).appendVariant(row[col]);
-        table->finishFetch(false);
+        auto table = filledTable({{"id", "int4"}, {"amount", "numeric"}, {"note", "text"}},
+                                 {{1, "-3", "a"}, {2, "1.5", QVariant()}, {3, "10.25", "c"},
+                                  {4, "2", "d"}, {5, QVariant(), "e"}, {6, "-0.000000001", "f"}});
+        table->column(0).setNullable(false);
         return table;
     }
     static QList<qint64> order(const ResultView &view)

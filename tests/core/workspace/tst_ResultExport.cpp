@@ -153,21 +153,7 @@ private slots:
     void xlsKeepsTypes()
     {
         const QString path = exportTo(ExportFormat::Xls, QStringLiteral("rows.xls"));
-        // xlrd's cell types: 0 empty, 1 text, 2 number, 3 date, 4 boolean.
-        const QJsonDocument rows = runPythonReader(
-            QStringLiteral("import json, sys, xlrd, datetime\n"
-                           "b = xlrd.open_workbook(sys.argv[1]); s = b.sheet_by_index(0)\n"
-                           "def cell(r, c):\n"
-                           "    if r >= s.nrows or c >= s.ncols: return None\n"
-                           "    c = s.cell(r, c)\n"
-                           "    if c.ctype == 0: return None\n"
-                           "    if c.ctype == 1: return ['str', c.value]\n"
-                           "    if c.ctype == 4: return ['bool', str(bool(c.value))]\n"
-                           "    if c.ctype == 3: return ['datetime', str(datetime.datetime(*xlrd.xldate_as_tuple(c.value, b.datemode)))]\n"
-                           "    v = c.value\n"
-                           "    return ['int', str(int(v))] if v == int(v) else ['float', str(v)]\n"
-                           "print(json.dumps([[cell(r, c) for c in range(7)] for r in range(4)]))\n"),
-            {path});
+        const QJsonDocument rows = readXlsCells(path, QStringLiteral("range(4)"), 7);
         checkWorkbook(rows.array(), QStringLiteral("datetime"));
     }
 

@@ -1,6 +1,8 @@
 #include "workspace/ResultTable.h"
 #include "workspace/ResultView.h"
 
+#include "FilledTable.h"
+
 #include <QtTest>
 
 #include <numeric>
@@ -14,18 +16,9 @@ class TestResultView : public QObject
     // name (text), score (integer), ratio (real), with NULLs in every column
     static std::unique_ptr<ResultTable> sample()
     {
-        auto table = std::make_unique<ResultTable>();
-        table->addColumn("name", "text");
-        table->addColumn("score", "integer");
-        table->addColumn("ratio", "real");
-        const QVariantList rows[] = {
-            {"Anna", 30, 0.5}, {"bob", QVariant(), 1.25}, {"", 10, QVariant()}, {QVariant(), 20, -2.0},
-            {"Carl", 10, 0.5}, {"anne", 40, 3.0}};
-        for (const QVariantList &row : rows)
-            for (int col = 0; col < 3; ++col)
-                table->column(col).appendVariant(row[col]);
-        table->finishFetch(false);
-        return table;
+        return filledTable({{"name", "text"}, {"score", "integer"}, {"ratio", "real"}},
+                           {{"Anna", 30, 0.5}, {"bob", QVariant(), 1.25}, {"", 10, QVariant()}, {QVariant(), 20, -2.0},
+                            {"Carl", 10, 0.5}, {"anne", 40, 3.0}});
     }
     static QList<qint64> order(const ResultView &view)
     {
