@@ -3,6 +3,8 @@
 #include "querybuilder/SqlLexer.h"
 #include "querybuilder/SqlParser.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 
 namespace {
@@ -188,6 +190,16 @@ QString SqlGenerator::conditions(const ConditionGroup &g) const
 
 // mode: the WHERE/HAVING new-line mode; pad: the column the criteria start at; indent: the step
 // of nested groups in mode 3; level: the nesting of this group.
+namespace {
+
+bool beginsLikeQuery(const QString &expression)
+{
+    const QString first = expression.trimmed().section(QRegularExpression(QStringLiteral("\\s")), 0, 0).toUpper();
+    return first == QLatin1String("SELECT") || first == QLatin1String("WITH");
+}
+
+} // namespace
+
 QString SqlGenerator::group(const ConditionGroup &g, int mode, int pad, int indent, int level) const
 {
     const QString op = g.op == ConditionGroup::And ? QStringLiteral("AND") : QStringLiteral("OR");
@@ -212,7 +224,9 @@ QString SqlGenerator::group(const ConditionGroup &g, int mode, int pad, int inde
             const QString e = indentRest(expression(item.condition), myPad);
             const bool takesNextAnd = g.op == ConditionGroup::And && &item != &g.items.last()
                                       && endsInOpenBetween(item.condition);
-            texts << (m_options.parenthesizeSingleCriterion || takesNextAnd ? QLatin1Char('(') + e + QLatin1Char(')') : e);
+            // A criterion that begins with SELECT or WITH would read as a subquery once in parentheses.
+            const bool wrap = (m_options.parenthesizeSingleCriterion && !beginsLikeQuery(e)) || takesNextAnd;
+            texts << (wrap ? QLatin1Char('(') + e + QLatin1Char(')') : e);
         }
     }
     if (!breakHere)
