@@ -60,6 +60,8 @@ QVector<Range> splitAt(const Parts &parts, Range r, QLatin1String op)
             start = i + 1;
         }
     }
+    if (caseDepth > 0)
+        throw UnclosedCase();
     if (start >= r.end)
         throw EmptyCondition();
     pieces.append({start, r.end});

@@ -13,6 +13,11 @@ struct EmptyCondition
 {
 };
 
+// Thrown for a CASE at the top of a condition that no END closes: its ANDs could not be told apart.
+struct UnclosedCase
+{
+};
+
 // The dialect's words that end a condition besides the clause words: MINUS as a set operator,
 // and the row-limit words it reads (before a value).
 struct DialectWords

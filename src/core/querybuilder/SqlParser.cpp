@@ -742,6 +742,8 @@ private:
             return ConditionSplitter::split(std::move(e), words);
         } catch (const ConditionSplitter::EmptyCondition &) {
             failAt(start, QStringLiteral("A condition is missing next to AND or OR"));
+        } catch (const ConditionSplitter::UnclosedCase &) {
+            failAt(start, QStringLiteral("A CASE in the condition has no END"));
         }
     }
 
