@@ -2,9 +2,9 @@
 // `sqlite3 -csv` writing the same rows from the same file (time ratio), and .xlsx with the peak
 // memory growth over the fetched result (constant-memory workbook writing) and its time.
 
-#include "interchange/GridExport.h"
-#include "workspace/ResultExportSource.h"
-#include "workspace/ResultQuery.h"
+#include "core/interchange/GridExport.h"
+#include "core/workspace/ResultExportSource.h"
+#include "core/workspace/ResultQuery.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

@@ -2,7 +2,7 @@
 // counts its lines with `wc -l` in the same run, then prints both times and their ratio.
 // The file is read once beforehand so that both runs find it in the page cache.
 
-#include "interchange/VtrFileReader.h"
+#include "core/interchange/VtrFileReader.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

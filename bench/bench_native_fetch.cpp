@@ -3,7 +3,7 @@
 // run, printing the ratio. Needs the test-server environment ("scripts/test-servers env-file").
 //
 //   bench_native_fetch [rows]
-#include "workspace/ResultFetcher.h"
+#include "core/workspace/ResultFetcher.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

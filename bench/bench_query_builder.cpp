@@ -5,8 +5,8 @@
 // that the time grows linearly. Target: under 50 ms for 5,000 lines, and at most twelve times
 // the time for ten times the text.
 
-#include "querybuilder/SqlGenerator.h"
-#include "querybuilder/SqlParser.h"
+#include "core/querybuilder/SqlGenerator.h"
+#include "core/querybuilder/SqlParser.h"
 
 #include <QElapsedTimer>
 #include <QStringList>

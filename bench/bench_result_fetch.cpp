@@ -7,8 +7,8 @@
 // PostgreSQL comes from VANTRY_PG_HOST, VANTRY_PG_PORT, VANTRY_PG_DATABASE, VANTRY_PG_USER and
 // VANTRY_PG_PASSWORD, as "scripts/test-servers env-file" exports them.
 #include "BenchData.h"
-#include "workspace/ResultFetcher.h"
-#include "workspace/ResultView.h"
+#include "core/workspace/ResultFetcher.h"
+#include "core/workspace/ResultView.h"
 
 #include <QCoreApplication>
 #include <QDir>

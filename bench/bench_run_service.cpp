@@ -10,7 +10,7 @@
 //   bench_run_service [rows]
 #include "BenchData.h"
 #include "TestServers.h"
-#include "workspace/RunService.h"
+#include "core/workspace/RunService.h"
 
 #include <QCoreApplication>
 #include <QDir>

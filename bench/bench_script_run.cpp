@@ -2,17 +2,17 @@
 // statements through the sqlite3 command-line tool, on the same kind of file; prints both times and
 // the ratio. Then checks that the execution log stays linear: appending its 10,000th row costs what
 // appending its 10th does.
-#include "app/DataFolder.h"
-#include "app/MdmUn.h"
-#include "app/SettingsStore.h"
-#include "connections/ConnectionTypes.h"
-#include "connections/impDMun.h"
-#include "connections/vtrtools.h"
-#include "interchange/DMToolsUn.h"
-#include "workspace/ConnectionList.h"
-#include "workspace/ExecutionLog.h"
-#include "workspace/SqlLogFrameUn.h"
-#include "workspace/SqlUn.h"
+#include "core/base/DataFolder.h"
+#include "core/app/MdmUn.h"
+#include "core/base/SettingsStore.h"
+#include "core/connections/ConnectionTypes.h"
+#include "core/connections/impDMun.h"
+#include "core/connections/vtrtools.h"
+#include "gui/interchange/DMToolsUn.h"
+#include "core/workspace/ConnectionList.h"
+#include "core/workspace/ExecutionLog.h"
+#include "gui/workspace/SqlLogFrameUn.h"
+#include "gui/workspace/SqlUn.h"
 
 #include <Qsci/qsciscintilla.h>
 

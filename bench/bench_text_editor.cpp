@@ -5,9 +5,9 @@
 //    editor, and highlighting all of it; the time the window's thread is busy is what a user
 //    would feel as a freeze.
 
-#include "components/SqlEditor.h"
-#include "interchange/TextFileCodec.h"
-#include "ui/EditorFiles.h"
+#include "gui/components/SqlEditor.h"
+#include "core/interchange/TextFileCodec.h"
+#include "gui/ui/EditorFiles.h"
 
 #include <Qsci/qsciscintilla.h>
 

@@ -3,8 +3,8 @@
 // that every line read moves the reader on (no endless loop) and that the stretch-by-stretch
 // search for the last lines agrees with rescanning every stretch in full.
 
-#include "app/VantryError.h"
-#include "interchange/VtrFileReader.h"
+#include "core/base/VantryError.h"
+#include "core/interchange/VtrFileReader.h"
 #include "../tests/core/interchange/LineStartOracle.h"
 
 #include <QBuffer>

@@ -2,8 +2,8 @@
 // plain text) and StrToReaderConnection (the "OP=" text). Conversion errors are the expected way
 // to refuse a bad text; anything else -- a crash, a sanitizer report, a record that doesn't survive
 // being written and read again -- is a finding.
-#include "app/VantryError.h"
-#include "connections/vtrtools.h"
+#include "core/base/VantryError.h"
+#include "core/connections/vtrtools.h"
 
 #include <QDir>
 

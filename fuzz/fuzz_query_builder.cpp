@@ -3,8 +3,8 @@
 // the same model and generates the same text again, under the default layout and under one that
 // breaks, indents, parenthesizes and wraps everything. Parse errors are the expected refusal;
 // a crash, a sanitizer report or a broken round trip is a finding.
-#include "querybuilder/SqlGenerator.h"
-#include "querybuilder/SqlParser.h"
+#include "core/querybuilder/SqlGenerator.h"
+#include "core/querybuilder/SqlParser.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -2,8 +2,8 @@
 // Any input must end in records or the reader's error: a crash, a sanitizer report, a record
 // loop that does not move on, or a giant allocation is a finding.
 
-#include "app/VantryError.h"
-#include "interchange/QvxLib.h"
+#include "core/base/VantryError.h"
+#include "core/interchange/QvxLib.h"
 
 #include <QBuffer>
 

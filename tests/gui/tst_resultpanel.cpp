@@ -1,10 +1,10 @@
 #include "ResultPanelHarness.h"
-#include "components/DBGridEh1.h"
-#include "components/ResultFilterHeader.h"
-#include "components/ResultFindDialog.h"
-#include "components/ResultGridModel.h"
-#include "components/ResultGroupingPanel.h"
-#include "workspace/ResultPanel.h"
+#include "gui/components/DBGridEh1.h"
+#include "gui/components/ResultFilterHeader.h"
+#include "gui/components/ResultFindDialog.h"
+#include "gui/components/ResultGridModel.h"
+#include "gui/components/ResultGroupingPanel.h"
+#include "gui/workspace/ResultPanel.h"
 
 #include <QAction>
 #include <QApplication>

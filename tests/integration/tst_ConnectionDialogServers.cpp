@@ -5,11 +5,11 @@
 #include "../gui/connections/DialogTestSupport.h"
 
 #include "GuiFixture.h"
-#include "connections/FileNameEdit.h"
-#include "connections/ServerComboBox.h"
-#include "connections/impDMun.h"
-#include "workspace/SqlUn.h"
-#include "workspace/TableBrowserUn.h"
+#include "gui/connections/FileNameEdit.h"
+#include "gui/connections/ServerComboBox.h"
+#include "core/connections/impDMun.h"
+#include "gui/workspace/SqlUn.h"
+#include "gui/workspace/TableBrowserUn.h"
 
 #include <QListWidget>
 

@@ -4,11 +4,11 @@
 
 #include "TestServers.h"
 
-#include "app/VantryError.h"
-#include "connections/ODBCHUn.h"
-#include "connections/WorkspaceConnection.h"
-#include "connections/impDMun.h"
-#include "connections/vtrtools.h"
+#include "core/base/VantryError.h"
+#include "core/connections/ODBCHUn.h"
+#include "core/connections/WorkspaceConnection.h"
+#include "core/connections/impDMun.h"
+#include "core/connections/vtrtools.h"
 
 #include <QSqlError>
 #include <QSqlQuery>

@@ -3,10 +3,10 @@
 
 #include "TestServers.h"
 
-#include "app/VantryError.h"
-#include "connections/ODBCHUn.h"
-#include "connections/WorkspaceConnection.h"
-#include "connections/impDMun.h"
+#include "core/base/VantryError.h"
+#include "core/connections/ODBCHUn.h"
+#include "core/connections/WorkspaceConnection.h"
+#include "core/connections/impDMun.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>

@@ -2,11 +2,11 @@
 // clones, inserts and Set to NULL reach exactly the row they should, located by the key or, on a
 // table without one, by all comparable fields. A second connection checks what the database holds.
 #include "TestServers.h"
-#include "app/VantryError.h"
-#include "workspace/ResultFetcher.h"
-#include "workspace/ResultQuery.h"
-#include "workspace/ResultView.h"
-#include "workspace/ResultWriteBack.h"
+#include "core/base/VantryError.h"
+#include "core/workspace/ResultFetcher.h"
+#include "core/workspace/ResultQuery.h"
+#include "core/workspace/ResultView.h"
+#include "core/workspace/ResultWriteBack.h"
 
 #include <QSqlError>
 #include <QSqlQuery>

@@ -1,7 +1,7 @@
 #include "TestServers.h"
-#include "interchange/GridExport.h"
-#include "workspace/ResultExportSource.h"
-#include "workspace/ResultQuery.h"
+#include "core/interchange/GridExport.h"
+#include "core/workspace/ResultExportSource.h"
+#include "core/workspace/ResultQuery.h"
 
 #include "PythonReader.h"
 

@@ -5,12 +5,12 @@
 #include "../core/querybuilder/SelectCorpus.h"
 #include "TestServers.h"
 
-#include "connections/AdoSession.h"
-#include "connections/UniversalSession.h"
-#include "querybuilder/QueryEngine.h"
-#include "querybuilder/SessionMetadataProvider.h"
-#include "querybuilder/SqlGenerator.h"
-#include "querybuilder/SqlParser.h"
+#include "core/connections/AdoSession.h"
+#include "core/connections/UniversalSession.h"
+#include "core/querybuilder/QueryEngine.h"
+#include "core/querybuilder/SessionMetadataProvider.h"
+#include "core/querybuilder/SqlGenerator.h"
+#include "core/querybuilder/SqlParser.h"
 
 #include <QSqlError>
 #include <QSqlQuery>

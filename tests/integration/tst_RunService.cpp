@@ -1,7 +1,7 @@
 #include "TestServers.h"
-#include "workspace/ResultWriteBack.h"
-#include "workspace/TableKeys.h"
-#include "workspace/RunService.h"
+#include "core/workspace/ResultWriteBack.h"
+#include "core/workspace/TableKeys.h"
+#include "core/workspace/RunService.h"
 
 #include <QElapsedTimer>
 #include <QSqlError>

@@ -3,9 +3,9 @@
 #include "GuiFixture.h"
 #include "TestServers.h"
 #include "WorkspaceDriver.h"
-#include "app/SqlHistory.h"
-#include "workspace/ResultPanel.h"
-#include "workspace/ResultQuery.h"
+#include "core/app/SqlHistory.h"
+#include "gui/workspace/ResultPanel.h"
+#include "core/workspace/ResultQuery.h"
 
 #include <QSpinBox>
 

@@ -1,7 +1,7 @@
 #include "TestServers.h"
-#include "app/VantryError.h"
-#include "workspace/ResultFetcher.h"
-#include "workspace/ResultQuery.h"
+#include "core/base/VantryError.h"
+#include "core/workspace/ResultFetcher.h"
+#include "core/workspace/ResultQuery.h"
 
 #include <QSqlError>
 #include <QSqlQuery>

@@ -1,7 +1,7 @@
 #pragma once
 // A fetched result built in memory for core tests: columns of the given names and type names,
 // then the rows, each value appended as a fetch path would append it.
-#include "workspace/ResultTable.h"
+#include "core/workspace/ResultTable.h"
 
 #include <QVariantList>
 #include <initializer_list>

@@ -1,12 +1,12 @@
 #pragma once
 #include "TempHome.h"
-#include "app/AppServices.h"
-#include "app/DataFolder.h"
-#include "app/MdmUn.h"
-#include "app/MUn.h"
-#include "app/SettingsStore.h"
-#include "connections/impDMun.h"
-#include "interchange/DMToolsUn.h"
+#include "gui/app/AppServices.h"
+#include "core/base/DataFolder.h"
+#include "core/app/MdmUn.h"
+#include "gui/app/MUn.h"
+#include "core/base/SettingsStore.h"
+#include "core/connections/impDMun.h"
+#include "gui/interchange/DMToolsUn.h"
 
 #include <memory>
 

@@ -2,8 +2,8 @@
 // A result panel wired to a run service over a SQLite file, as a workspace tab wires them: the
 // service opens queries and the panel shows, fetches and writes back through it.
 #include "TestServers.h"
-#include "workspace/ResultPanel.h"
-#include "workspace/RunService.h"
+#include "gui/workspace/ResultPanel.h"
+#include "core/workspace/RunService.h"
 
 #include <QtTest>
 #include <memory>

@@ -5,7 +5,7 @@
 // When the environment is missing a test is skipped, unless VANTRY_REQUIRE_SERVERS=1 (set by
 // scripts/test), when it fails with a message saying how to start the servers.
 
-#include "connections/vtrIL.h"
+#include "core/connections/vtrIL.h"
 
 #include <QSqlDatabase>
 #include <QSqlError>

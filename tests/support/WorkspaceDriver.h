@@ -1,12 +1,12 @@
 #pragma once
-#include "app/StatusMessage.h"
-#include "app/UserMessages.h"
-#include "connections/ConnectionTypes.h"
-#include "connections/vtrtools.h"
-#include "workspace/ConnectionList.h"
-#include "workspace/ExecutionLog.h"
-#include "workspace/SqlLogFrameUn.h"
-#include "workspace/SqlUn.h"
+#include "core/app/StatusMessage.h"
+#include "gui/app/UserMessages.h"
+#include "core/connections/ConnectionTypes.h"
+#include "core/connections/vtrtools.h"
+#include "core/workspace/ConnectionList.h"
+#include "core/workspace/ExecutionLog.h"
+#include "gui/workspace/SqlLogFrameUn.h"
+#include "gui/workspace/SqlUn.h"
 
 #include <Qsci/qsciscintilla.h>
 

@@ -1,5 +1,5 @@
 #pragma once
-#include "app/RowStamps.h"
+#include "core/app/RowStamps.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,8 +1,8 @@
-#include "app/CatalogueSchema.h"
-#include "app/SqlErrorText.h"
+#include "core/app/CatalogueSchema.h"
+#include "core/base/SqlErrorText.h"
 
-#include "app/SqlExec.h"
-#include "app/VantryError.h"
+#include "core/app/SqlExec.h"
+#include "core/base/VantryError.h"
 
 #include <QSqlQuery>
 #include <QSqlRecord>

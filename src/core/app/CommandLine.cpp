@@ -1,6 +1,6 @@
-#include "app/CommandLine.h"
+#include "core/app/CommandLine.h"
 
-#include "app/VantryError.h"
+#include "core/base/VantryError.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

@@ -1,13 +1,13 @@
-#include "app/MdmUn.h"
-#include "app/SqlErrorText.h"
+#include "core/app/MdmUn.h"
+#include "core/base/SqlErrorText.h"
 
-#include "app/CatalogueSchema.h"
-#include "app/SampleDatabase.h"
-#include "app/SqlExec.h"
-#include "app/SqlHistory.h"
-#include "app/StampColumns.h"
-#include "app/VantryError.h"
-#include "connections/ConnectionTypes.h"
+#include "core/app/CatalogueSchema.h"
+#include "core/app/SampleDatabase.h"
+#include "core/app/SqlExec.h"
+#include "core/app/SqlHistory.h"
+#include "core/app/StampColumns.h"
+#include "core/base/VantryError.h"
+#include "core/connections/ConnectionTypes.h"
 
 #include <QAtomicInt>
 #include <QFileInfo>

@@ -1,6 +1,6 @@
-#include "app/RowStamps.h"
+#include "core/app/RowStamps.h"
 
-#include "app/LogonUser.h"
+#include "core/base/LogonUser.h"
 
 void stampCreated(RowStamps &stamps)
 {

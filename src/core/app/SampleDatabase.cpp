@@ -1,8 +1,8 @@
-#include "app/SampleDatabase.h"
-#include "app/SqlErrorText.h"
+#include "core/app/SampleDatabase.h"
+#include "core/base/SqlErrorText.h"
 
-#include "app/VantryError.h"
-#include "connections/vtrtools.h"
+#include "core/base/VantryError.h"
+#include "core/connections/vtrtools.h"
 
 #include <QDate>
 #include <QDir>

@@ -1,7 +1,7 @@
-#include "app/SqlExec.h"
-#include "app/SqlErrorText.h"
+#include "core/app/SqlExec.h"
+#include "core/base/SqlErrorText.h"
 
-#include "app/VantryError.h"
+#include "core/base/VantryError.h"
 
 namespace SqlExec {
 

@@ -1,7 +1,7 @@
-#include "app/SqlHistory.h"
+#include "core/app/SqlHistory.h"
 
-#include "app/SqlExec.h"
-#include "app/StampColumns.h"
+#include "core/app/SqlExec.h"
+#include "core/app/StampColumns.h"
 
 #include <QSqlQuery>
 

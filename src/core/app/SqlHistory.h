@@ -1,5 +1,5 @@
 #pragma once
-#include "app/CatalogueRows.h"
+#include "core/app/CatalogueRows.h"
 
 #include <QList>
 #include <QObject>

@@ -1,4 +1,4 @@
-#include "app/StampColumns.h"
+#include "core/app/StampColumns.h"
 
 #include <QSqlRecord>
 

@@ -1,4 +1,4 @@
-#include "app/StatusMessage.h"
+#include "core/app/StatusMessage.h"
 
 #include <QCoreApplication>
 

@@ -1,4 +1,4 @@
-#include "app/TextSearchRules.h"
+#include "core/app/TextSearchRules.h"
 
 namespace TextSearchRules {
 

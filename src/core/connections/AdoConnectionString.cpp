@@ -1,7 +1,7 @@
-#include "connections/AdoConnectionString.h"
+#include "core/connections/AdoConnectionString.h"
 
-#include "connections/SqlServerDriver.h"
-#include "connections/vtrtools.h"
+#include "core/connections/SqlServerDriver.h"
+#include "core/connections/vtrtools.h"
 
 namespace AdoConnectionString {
 

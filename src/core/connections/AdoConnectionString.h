@@ -2,7 +2,7 @@
 // The ADO connection string of a record: what the ADO path (ODBC, SQL Server, OLE DB and every
 // type without a path of its own) connects with.
 
-#include "connections/vtrIL.h"
+#include "core/connections/vtrIL.h"
 
 #include <QString>
 

@@ -1,7 +1,7 @@
-#include "connections/AdoSession.h"
+#include "core/connections/AdoSession.h"
 
-#include "connections/AdoConnectionString.h"
-#include "connections/AdoToOdbc.h"
+#include "core/connections/AdoConnectionString.h"
+#include "core/connections/AdoToOdbc.h"
 
 #include <QRegularExpression>
 #include <QStringList>

@@ -3,7 +3,7 @@
 // string (AdoToOdbc) and opened through Qt's ODBC driver on unixODBC. Used for ODBC, SQL Server,
 // OLE DB and every type without a path of its own.
 
-#include "connections/DatabaseSession.h"
+#include "core/connections/DatabaseSession.h"
 
 // The connection time-out of the ADO path, in seconds, when the record gives none.
 constexpr int kAdoConnectionTimeoutSeconds = 50;

@@ -1,7 +1,7 @@
-#include "connections/AdoToOdbc.h"
+#include "core/connections/AdoToOdbc.h"
 
-#include "app/VantryError.h"
-#include "connections/SqlServerDriver.h"
+#include "core/base/VantryError.h"
+#include "core/connections/SqlServerDriver.h"
 
 #include <QStringList>
 

@@ -1,6 +1,6 @@
-#include "connections/ConnectionTypes.h"
+#include "core/connections/ConnectionTypes.h"
 
-#include "app/VantryError.h"
+#include "core/base/VantryError.h"
 
 namespace ConnectionTypes {
 

@@ -2,7 +2,7 @@
 // The nine connection types the connection dialog offers, in the order of its type box, with the
 // data-source kind each stands for and the code stored in the catalogue column CONNECTION_TYPE.
 
-#include "connections/vtrIL.h"
+#include "core/connections/vtrIL.h"
 
 #include <QString>
 

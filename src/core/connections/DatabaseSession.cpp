@@ -1,7 +1,7 @@
-#include "connections/DatabaseSession.h"
+#include "core/connections/DatabaseSession.h"
 
-#include "app/SqlErrorText.h"
-#include "app/VantryError.h"
+#include "core/base/SqlErrorText.h"
+#include "core/base/VantryError.h"
 
 #include <QAtomicInt>
 #include <QSqlError>

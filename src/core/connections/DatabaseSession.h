@@ -1,12 +1,12 @@
 #pragma once
-#include "app/SqlErrorText.h"
+#include "core/base/SqlErrorText.h"
 // One live connection of an access path (universal, Oracle, ADO), opened from a connection record.
 //
 // Sessions built on Qt SQL own a Qt connection name of their own ("vantry-session-<n>"), unique
 // in the process, and remove it when they are destroyed, so any number of tabs and services may
 // hold sessions side by side.
 
-#include "connections/vtrIL.h"
+#include "core/connections/vtrIL.h"
 
 #include <QSqlDatabase>
 #include <QString>

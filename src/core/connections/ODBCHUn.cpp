@@ -1,6 +1,6 @@
-#include "connections/ODBCHUn.h"
+#include "core/connections/ODBCHUn.h"
 
-#include "app/VantryError.h"
+#include "core/base/VantryError.h"
 
 #include <QLibrary>
 #include <QMutex>

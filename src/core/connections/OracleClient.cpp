@@ -1,6 +1,6 @@
-#include "connections/OracleClient.h"
+#include "core/connections/OracleClient.h"
 
-#include "app/VantryError.h"
+#include "core/base/VantryError.h"
 
 #include <QLibrary>
 #include <QMutex>

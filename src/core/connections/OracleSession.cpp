@@ -1,7 +1,7 @@
-#include "connections/OracleSession.h"
+#include "core/connections/OracleSession.h"
 
-#include "app/VantryError.h"
-#include "connections/OracleClient.h"
+#include "core/base/VantryError.h"
+#include "core/connections/OracleClient.h"
 
 void OracleSession::open(const TReaderConnection &record)
 {

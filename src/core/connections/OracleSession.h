@@ -5,7 +5,7 @@
 // installed and how to install it. Logging on through the client is not part of this build yet:
 // with a client present the error says so instead.
 
-#include "connections/DatabaseSession.h"
+#include "core/connections/DatabaseSession.h"
 
 class OracleSession : public DatabaseSession
 {

@@ -1,6 +1,6 @@
-#include "connections/SqlNames.h"
+#include "core/connections/SqlNames.h"
 
-#include "app/DataFolder.h"
+#include "core/base/DataFolder.h"
 
 #include <QFile>
 #include <QRegularExpression>

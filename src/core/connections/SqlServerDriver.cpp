@@ -1,4 +1,4 @@
-#include "connections/SqlServerDriver.h"
+#include "core/connections/SqlServerDriver.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
-#include "connections/TableCatalogue.h"
+#include "core/connections/TableCatalogue.h"
 
-#include "app/VantryError.h"
-#include "connections/DatabaseSession.h"
+#include "core/base/VantryError.h"
+#include "core/connections/DatabaseSession.h"
 
 #include <QSqlDriver>
 #include <QSqlError>

@@ -2,7 +2,7 @@
 // The table catalogue of an open database as rows (catalogue, schema, name, type), and the table
 // list built from those rows: which rows the two flags admit and how each name is written.
 
-#include "connections/SqlNames.h"
+#include "core/connections/SqlNames.h"
 
 #include <QSqlDatabase>
 #include <QStringList>

@@ -1,6 +1,6 @@
-#include "connections/TcpProbe.h"
+#include "core/connections/TcpProbe.h"
 
-#include "app/VantryError.h"
+#include "core/base/VantryError.h"
 
 #include <QDeadlineTimer>
 

@@ -1,4 +1,4 @@
-#include "connections/TnsNames.h"
+#include "core/connections/TnsNames.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -1,4 +1,4 @@
-#include "connections/UniversalConfig.h"
+#include "core/connections/UniversalConfig.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 // its options in order, and the connection's server, user, password, database and port. The
 // session that opens a Qt SQL connection applies it.
 
-#include "connections/vtrIL.h"
+#include "core/connections/vtrIL.h"
 
 #include <QPair>
 #include <QString>

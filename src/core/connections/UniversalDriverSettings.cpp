@@ -1,6 +1,6 @@
-#include "connections/UniversalDriverSettings.h"
+#include "core/connections/UniversalDriverSettings.h"
 
-#include "app/VantryError.h"
+#include "core/base/VantryError.h"
 
 #include <QUrl>
 

@@ -4,7 +4,7 @@
 // driver's real connect options. An option or value the driver cannot honour is refused with an
 // error naming it, never dropped.
 
-#include "connections/UniversalConfig.h"
+#include "core/connections/UniversalConfig.h"
 
 #include <QString>
 #include <QStringList>

@@ -1,8 +1,8 @@
-#include "connections/UniversalSession.h"
+#include "core/connections/UniversalSession.h"
 
-#include "app/VantryError.h"
-#include "connections/TcpProbe.h"
-#include "connections/UniversalDriverSettings.h"
+#include "core/base/VantryError.h"
+#include "core/connections/TcpProbe.h"
+#include "core/connections/UniversalDriverSettings.h"
 
 #include <QFileInfo>
 

@@ -3,8 +3,8 @@
 // Qt SQL drivers. SQL Server Compact records are refused with "Microsoft SQL Server Compact is
 // not available on this system".
 
-#include "connections/DatabaseSession.h"
-#include "connections/UniversalConfig.h"
+#include "core/connections/DatabaseSession.h"
+#include "core/connections/UniversalConfig.h"
 
 class UniversalSession : public QtSqlSession
 {

@@ -1,7 +1,7 @@
-#include "connections/WorkspaceConnection.h"
+#include "core/connections/WorkspaceConnection.h"
 
-#include "app/VantryError.h"
-#include "connections/vtrtools.h"
+#include "core/base/VantryError.h"
+#include "core/connections/vtrtools.h"
 
 AccessPath accessPathFor(TDataSourceType type)
 {

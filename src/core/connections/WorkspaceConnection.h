@@ -6,9 +6,9 @@
 // reporting "Connecting" before and "Connected!" after; a path that was open reports
 // "Disconnected" when it closes. The tab binds the callback to its status message.
 
-#include "connections/AdoSession.h"
-#include "connections/OracleSession.h"
-#include "connections/UniversalSession.h"
+#include "core/connections/AdoSession.h"
+#include "core/connections/OracleSession.h"
+#include "core/connections/UniversalSession.h"
 
 #include <QByteArray>
 

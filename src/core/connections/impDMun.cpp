@@ -1,19 +1,19 @@
-#include "connections/impDMun.h"
+#include "core/connections/impDMun.h"
 
-#include "app/VantryError.h"
-#include "connections/AdoConnectionString.h"
-#include "connections/AdoToOdbc.h"
-#include "connections/ODBCHUn.h"
-#include "connections/SqlServerDriver.h"
-#include "connections/TableCatalogue.h"
-#include "connections/TnsNames.h"
-#include "connections/vtrtools.h"
+#include "core/base/VantryError.h"
+#include "core/connections/AdoConnectionString.h"
+#include "core/connections/AdoToOdbc.h"
+#include "core/connections/ODBCHUn.h"
+#include "core/connections/SqlServerDriver.h"
+#include "core/connections/TableCatalogue.h"
+#include "core/connections/TnsNames.h"
+#include "core/connections/vtrtools.h"
 
 #include <QSqlError>
 #include <QSqlQuery>
 
 #if __has_include("interchange/QvxLib.h")
-#include "interchange/QvxLib.h"
+#include "core/interchange/QvxLib.h"
 #define VANTRY_HAS_QVX_TABLES 1
 #endif
 

@@ -4,9 +4,9 @@
 // its own (universal, Oracle, OLE DB) apart from the workspace tabs' connections. Created once at
 // start-up and handed to whoever needs it.
 
-#include "connections/AdoSession.h"
-#include "connections/OracleSession.h"
-#include "connections/UniversalSession.h"
+#include "core/connections/AdoSession.h"
+#include "core/connections/OracleSession.h"
+#include "core/connections/UniversalSession.h"
 
 #include <QStringList>
 

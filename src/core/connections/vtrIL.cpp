@@ -1,4 +1,4 @@
-#include "connections/vtrIL.h"
+#include "core/connections/vtrIL.h"
 
 #include <tuple>
 

@@ -1,7 +1,7 @@
-#include "connections/vtrtools.h"
+#include "core/connections/vtrtools.h"
 
-#include "app/DataFolder.h"
-#include "app/VantryError.h"
+#include "core/base/DataFolder.h"
+#include "core/base/VantryError.h"
 
 #include <QStringList>
 

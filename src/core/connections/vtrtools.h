@@ -6,7 +6,7 @@
 // bzip2 into the catalogue column CONNECTION_PARAMETERS. Everything here works on plain strings
 // and bytes, so it can be tested and fuzzed without a database.
 
-#include "connections/vtrIL.h"
+#include "core/connections/vtrIL.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,7 +1,7 @@
-#include "GridExport.h"
+#include "core/interchange/GridExport.h"
 
-#include "ExportSink.h"
-#include "WorkbookExport.h"
+#include "core/interchange/ExportSink.h"
+#include "core/interchange/WorkbookExport.h"
 
 #include <QDir>
 #include <QFileInfo>

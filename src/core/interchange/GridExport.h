@@ -1,6 +1,6 @@
 #pragma once
-#include "ExportSource.h"
-#include "app/VantryError.h"
+#include "core/interchange/ExportSource.h"
+#include "core/base/VantryError.h"
 
 #include <QString>
 #include <QStringList>

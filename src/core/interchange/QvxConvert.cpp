@@ -1,6 +1,6 @@
-#include "QvxConvert.h"
+#include "core/interchange/QvxConvert.h"
 
-#include "app/VantryError.h"
+#include "core/base/VantryError.h"
 
 #include <cmath>
 

@@ -1,8 +1,8 @@
-#include "QvxField.h"
+#include "core/interchange/QvxField.h"
 
-#include "QvxConvert.h"
-#include "VtrFileReader.h"
-#include "app/VantryError.h"
+#include "core/interchange/QvxConvert.h"
+#include "core/interchange/VtrFileReader.h"
+#include "core/base/VantryError.h"
 
 #include <QIODevice>
 #include <QtEndian>

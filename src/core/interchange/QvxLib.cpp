@@ -1,8 +1,8 @@
-#include "QvxLib.h"
+#include "core/interchange/QvxLib.h"
 
-#include "QvxConvert.h"
-#include "VtrFileReader.h"
-#include "app/VantryError.h"
+#include "core/interchange/QvxConvert.h"
+#include "core/interchange/VtrFileReader.h"
+#include "core/base/VantryError.h"
 
 #include <QBuffer>
 #include <QFile>

@@ -10,7 +10,7 @@
 // because files of this format are exchanged byte for byte with other programs that read and
 // write them so: the quirks below (kept on purpose) are part of that exchange.
 
-#include "QvxField.h"
+#include "core/interchange/QvxField.h"
 
 #include <QByteArray>
 #include <QDateTime>

@@ -1,6 +1,6 @@
-#include "interchange/TextFileCodec.h"
+#include "core/interchange/TextFileCodec.h"
 
-#include "app/VantryError.h"
+#include "core/base/VantryError.h"
 
 #include <QFile>
 #include <QSaveFile>

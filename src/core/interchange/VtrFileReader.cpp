@@ -1,4 +1,4 @@
-#include "VtrFileReader.h"
+#include "core/interchange/VtrFileReader.h"
 
 #include <QStringList>
 

@@ -3,7 +3,7 @@
 // lines at a chosen set of terminators, counts the lines it has read and knows which lines are
 // header and footer lines. The QVX reader uses it for its byte reads and zero-terminated strings.
 
-#include "VtrTypes.h"
+#include "core/interchange/VtrTypes.h"
 
 #include <QString>
 

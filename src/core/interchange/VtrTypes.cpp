@@ -1,6 +1,6 @@
-#include "VtrTypes.h"
+#include "core/interchange/VtrTypes.h"
 
-#include "app/VantryError.h"
+#include "core/base/VantryError.h"
 
 #include <QFile>
 #include <QIODevice>

@@ -1,4 +1,4 @@
-#include "WorkbookCell.h"
+#include "core/interchange/WorkbookCell.h"
 
 #include <QDateTime>
 

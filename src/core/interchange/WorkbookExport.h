@@ -1,5 +1,5 @@
 #pragma once
-#include "GridExport.h"
+#include "core/interchange/GridExport.h"
 
 class QIODevice;
 

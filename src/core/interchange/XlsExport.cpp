@@ -1,6 +1,6 @@
-#include "ExportSink.h"
-#include "WorkbookCell.h"
-#include "WorkbookExport.h"
+#include "core/interchange/ExportSink.h"
+#include "core/interchange/WorkbookCell.h"
+#include "core/interchange/WorkbookExport.h"
 
 #include <QHash>
 #include <QTemporaryFile>

@@ -1,5 +1,5 @@
-#include "WorkbookCell.h"
-#include "WorkbookExport.h"
+#include "core/interchange/WorkbookCell.h"
+#include "core/interchange/WorkbookExport.h"
 
 #include <xlsxwriter.h>
 

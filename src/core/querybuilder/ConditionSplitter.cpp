@@ -1,6 +1,6 @@
-#include "querybuilder/ConditionSplitter.h"
+#include "core/querybuilder/ConditionSplitter.h"
 
-#include "querybuilder/SqlParser.h"
+#include "core/querybuilder/SqlParser.h"
 
 namespace ConditionSplitter {
 

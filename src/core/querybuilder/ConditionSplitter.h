@@ -4,7 +4,7 @@
 // conditions becoming a nested group and parentheses around one condition dropped. The AND of
 // BETWEEN ... AND ... and anything inside CASE ... END stay in their condition.
 
-#include "querybuilder/QueryModel.h"
+#include "core/querybuilder/QueryModel.h"
 
 namespace ConditionSplitter {
 

@@ -1,4 +1,4 @@
-#include "querybuilder/MetadataProvider.h"
+#include "core/querybuilder/MetadataProvider.h"
 
 const MetadataObject *MetadataCatalog::find(const QString &name, const QString &schema) const
 {

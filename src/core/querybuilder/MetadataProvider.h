@@ -5,7 +5,7 @@
 // provider's connection) and hands the catalogue to the engine. Without a provider the engine
 // works offline: every query still parses and generates, only the catalogue is empty.
 
-#include "app/VantryError.h"
+#include "core/base/VantryError.h"
 
 #include <QSqlQuery>
 #include <QString>

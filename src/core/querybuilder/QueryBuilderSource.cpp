@@ -1,6 +1,6 @@
-#include "querybuilder/QueryBuilderSource.h"
+#include "core/querybuilder/QueryBuilderSource.h"
 
-#include "connections/AdoConnectionString.h"
+#include "core/connections/AdoConnectionString.h"
 
 #include <QStringList>
 

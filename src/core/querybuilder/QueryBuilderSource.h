@@ -2,7 +2,7 @@
 // What a connection record means to the query builder when it opens: the dialect code it starts
 // with (see SqlDialects::fromCode) and whether every name must be quoted.
 
-#include "connections/vtrIL.h"
+#include "core/connections/vtrIL.h"
 
 namespace QueryBuilderSource {
 

@@ -1,8 +1,8 @@
-#include "querybuilder/QueryEngine.h"
+#include "core/querybuilder/QueryEngine.h"
 
-#include "querybuilder/SqlGenerator.h"
-#include "querybuilder/SqlLexer.h"
-#include "querybuilder/SqlParser.h"
+#include "core/querybuilder/SqlGenerator.h"
+#include "core/querybuilder/SqlLexer.h"
+#include "core/querybuilder/SqlParser.h"
 
 QueryEngine::QueryEngine(QObject *parent) : QObject(parent) {}
 

@@ -14,9 +14,9 @@
 // the engine only when the wake handler agrees ("Replace Loaded SQL by the new SELECT query?");
 // refused, the loaded text stays.
 
-#include "querybuilder/MetadataProvider.h"
-#include "querybuilder/QueryModel.h"
-#include "querybuilder/SqlFormat.h"
+#include "core/querybuilder/MetadataProvider.h"
+#include "core/querybuilder/QueryModel.h"
+#include "core/querybuilder/SqlFormat.h"
 
 #include <QObject>
 

@@ -1,6 +1,6 @@
-#include "querybuilder/QueryModel.h"
+#include "core/querybuilder/QueryModel.h"
 
-#include "querybuilder/SqlParser.h"
+#include "core/querybuilder/SqlParser.h"
 
 #include <QRegularExpression>
 

@@ -10,7 +10,7 @@
 // as condition groups, and the grouping. Expressions keep their tokens as written, with the
 // expression subqueries (IN, EXISTS, ANY/ALL, scalar) parsed into queries of their own.
 
-#include "querybuilder/SqlDialect.h"
+#include "core/querybuilder/SqlDialect.h"
 
 #include <QString>
 #include <QStringList>

@@ -1,8 +1,8 @@
-#include "querybuilder/SessionMetadataProvider.h"
+#include "core/querybuilder/SessionMetadataProvider.h"
 
-#include "connections/AdoSession.h"
-#include "connections/ODBCHUn.h"
-#include "connections/UniversalSession.h"
+#include "core/connections/AdoSession.h"
+#include "core/connections/ODBCHUn.h"
+#include "core/connections/UniversalSession.h"
 
 #include <QHash>
 #include <QLibrary>

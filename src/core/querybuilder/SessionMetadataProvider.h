@@ -5,10 +5,10 @@
 // (PRAGMA foreign_key_list, pg_constraint, information_schema, RDB$ tables), and for ODBC from
 // SQLForeignKeys on the connection's handle.
 
-#include "querybuilder/MetadataProvider.h"
+#include "core/querybuilder/MetadataProvider.h"
 
-#include "connections/DatabaseSession.h"
-#include "connections/vtrIL.h"
+#include "core/connections/DatabaseSession.h"
+#include "core/connections/vtrIL.h"
 
 #include <memory>
 

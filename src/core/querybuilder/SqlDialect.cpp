@@ -1,4 +1,4 @@
-#include "querybuilder/SqlDialect.h"
+#include "core/querybuilder/SqlDialect.h"
 
 #include <QHash>
 

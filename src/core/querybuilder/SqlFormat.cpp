@@ -1,4 +1,4 @@
-#include "querybuilder/SqlFormat.h"
+#include "core/querybuilder/SqlFormat.h"
 
 #include <QSettings>
 

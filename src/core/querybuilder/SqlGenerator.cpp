@@ -1,7 +1,7 @@
-#include "querybuilder/SqlGenerator.h"
+#include "core/querybuilder/SqlGenerator.h"
 
-#include "querybuilder/SqlLexer.h"
-#include "querybuilder/SqlParser.h"
+#include "core/querybuilder/SqlLexer.h"
+#include "core/querybuilder/SqlParser.h"
 
 #include <QRegularExpression>
 

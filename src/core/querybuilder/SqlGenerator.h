@@ -13,8 +13,8 @@
 // generate(parse(text)) parses back to the same model, and generating it again gives the same
 // text.
 
-#include "querybuilder/QueryModel.h"
-#include "querybuilder/SqlFormat.h"
+#include "core/querybuilder/QueryModel.h"
+#include "core/querybuilder/SqlFormat.h"
 
 #include <QPair>
 

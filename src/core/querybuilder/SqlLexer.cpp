@@ -1,4 +1,4 @@
-#include "querybuilder/SqlLexer.h"
+#include "core/querybuilder/SqlLexer.h"
 
 SqlParseError::SqlParseError(const QString &what, int offset, int line, int column)
     : VantryError(QStringLiteral("%1 (line %2, column %3)").arg(what).arg(line).arg(column)),

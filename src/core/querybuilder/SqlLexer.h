@@ -3,8 +3,8 @@
 // string and comment rules. Comments and white space are dropped; every token keeps its place in
 // the text (offset, 1-based line and column) for error messages.
 
-#include "app/VantryError.h"
-#include "querybuilder/SqlDialect.h"
+#include "core/base/VantryError.h"
+#include "core/querybuilder/SqlDialect.h"
 
 #include <QString>
 #include <QVector>

@@ -1,8 +1,8 @@
-#include "querybuilder/SqlParser.h"
+#include "core/querybuilder/SqlParser.h"
 
-#include "querybuilder/ConditionSplitter.h"
+#include "core/querybuilder/ConditionSplitter.h"
 
-#include "querybuilder/SqlWords.h"
+#include "core/querybuilder/SqlWords.h"
 
 namespace SqlParser {
 

@@ -16,8 +16,8 @@
 // Anything else -- a clause the builder has no place for (FOR UPDATE, INTO, joins nested on their
 // right side) or text that is not SQL -- raises SqlParseError with the line and column.
 
-#include "querybuilder/QueryModel.h"
-#include "querybuilder/SqlLexer.h"
+#include "core/querybuilder/QueryModel.h"
+#include "core/querybuilder/SqlLexer.h"
 
 namespace SqlParser {
 

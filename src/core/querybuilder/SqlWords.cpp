@@ -1,4 +1,4 @@
-#include "querybuilder/SqlWords.h"
+#include "core/querybuilder/SqlWords.h"
 
 #include <algorithm>
 #include <string_view>

@@ -1,7 +1,7 @@
-#include "workspace/ConnectionList.h"
+#include "core/workspace/ConnectionList.h"
 
-#include "app/MdmUn.h"
-#include "app/VantryError.h"
+#include "core/app/MdmUn.h"
+#include "core/base/VantryError.h"
 
 ConnectionList::ConnectionList(TMdm *catalogue, QObject *parent)
     : QObject(parent), m_catalogue(catalogue)

@@ -1,6 +1,6 @@
-#include "EngineCancel.h"
+#include "core/workspace/EngineCancel.h"
 
-#include "ResultFetchNative.h"
+#include "core/workspace/ResultFetchNative.h"
 
 #include <QAtomicInteger>
 #include <QSqlDriver>

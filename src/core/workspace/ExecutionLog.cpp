@@ -1,6 +1,6 @@
-#include "workspace/ExecutionLog.h"
+#include "core/workspace/ExecutionLog.h"
 
-#include "app/VantryError.h"
+#include "core/base/VantryError.h"
 
 ExecutionLog::ExecutionLog(QObject *parent)
     : QObject(parent)

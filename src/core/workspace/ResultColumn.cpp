@@ -1,6 +1,6 @@
-#include "ResultColumn.h"
+#include "core/workspace/ResultColumn.h"
 
-#include "ValueTypes.h"
+#include "core/workspace/ValueTypes.h"
 
 #include <QDate>
 #include <QDateTime>

@@ -1,10 +1,10 @@
-#include "ResultCursor.h"
+#include "core/workspace/ResultCursor.h"
 
-#include "ResultFetchFirebird.h"
-#include "ResultFetchMariaDb.h"
-#include "ResultFetchNative.h"
-#include "app/SqlErrorText.h"
-#include "app/VantryError.h"
+#include "core/workspace/ResultFetchFirebird.h"
+#include "core/workspace/ResultFetchMariaDb.h"
+#include "core/workspace/ResultFetchNative.h"
+#include "core/base/SqlErrorText.h"
+#include "core/base/VantryError.h"
 
 #include <QSqlError>
 #include <QSqlField>

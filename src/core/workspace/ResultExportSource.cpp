@@ -1,4 +1,4 @@
-#include "ResultExportSource.h"
+#include "core/workspace/ResultExportSource.h"
 
 #include <QDateTime>
 #include <charconv>

@@ -1,7 +1,7 @@
 #pragma once
-#include "ResultTable.h"
-#include "ResultView.h"
-#include "interchange/ExportSource.h"
+#include "core/workspace/ResultTable.h"
+#include "core/workspace/ResultView.h"
+#include "core/interchange/ExportSource.h"
 
 #include <vector>
 

@@ -1,7 +1,7 @@
-#include "ResultFetchFirebird.h"
+#include "core/workspace/ResultFetchFirebird.h"
 
-#include "ResultFetchNative.h"
-#include "app/VantryError.h"
+#include "core/workspace/ResultFetchNative.h"
+#include "core/base/VantryError.h"
 
 #include <QDate>
 #include <QSqlDriver>

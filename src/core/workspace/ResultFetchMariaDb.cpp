@@ -1,7 +1,7 @@
-#include "ResultFetchMariaDb.h"
+#include "core/workspace/ResultFetchMariaDb.h"
 
-#include "ResultFetchNative.h"
-#include "app/VantryError.h"
+#include "core/workspace/ResultFetchNative.h"
+#include "core/base/VantryError.h"
 
 #include <QSqlDriver>
 #include <cstdlib>

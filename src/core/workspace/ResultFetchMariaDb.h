@@ -1,5 +1,5 @@
 #pragma once
-#include "ResultCursor.h"
+#include "core/workspace/ResultCursor.h"
 
 #include <QSqlDatabase>
 #include <memory>

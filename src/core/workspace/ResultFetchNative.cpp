@@ -1,4 +1,4 @@
-#include "ResultFetchNative.h"
+#include "core/workspace/ResultFetchNative.h"
 
 #include <dlfcn.h>
 

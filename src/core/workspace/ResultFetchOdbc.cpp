@@ -2,11 +2,11 @@
 // it exact: integers and doubles as such, binary as bytes, and everything else (decimals, dates,
 // times with their fractions, texts) as the driver's own text. Qt's ODBC driver turns timestamps
 // into QDateTime (milliseconds) and decimals into doubles, which the grid could not write back.
-#include "ResultFetchNative.h"
+#include "core/workspace/ResultFetchNative.h"
 
-#include "EngineCancel.h"
-#include "app/SqlErrorText.h"
-#include "app/VantryError.h"
+#include "core/workspace/EngineCancel.h"
+#include "core/base/SqlErrorText.h"
+#include "core/base/VantryError.h"
 
 #include <QSqlError>
 #include <QSqlField>

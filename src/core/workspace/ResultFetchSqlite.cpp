@@ -1,6 +1,6 @@
-#include "ResultFetchNative.h"
+#include "core/workspace/ResultFetchNative.h"
 
-#include "app/VantryError.h"
+#include "core/base/VantryError.h"
 
 #include <QSqlDriver>
 #include <sqlite3.h>

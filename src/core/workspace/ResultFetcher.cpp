@@ -1,4 +1,4 @@
-#include "ResultFetcher.h"
+#include "core/workspace/ResultFetcher.h"
 
 namespace {
 

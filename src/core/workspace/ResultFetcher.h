@@ -1,6 +1,6 @@
 #pragma once
-#include "ResultCursor.h"
-#include "ResultTable.h"
+#include "core/workspace/ResultCursor.h"
+#include "core/workspace/ResultTable.h"
 
 #include <QSqlDatabase>
 #include <QString>

@@ -1,4 +1,4 @@
-#include "ResultNullability.h"
+#include "core/workspace/ResultNullability.h"
 
 #include <QSqlDriver>
 #include <QSqlField>

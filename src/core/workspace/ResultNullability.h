@@ -1,5 +1,5 @@
 #pragma once
-#include "ResultTable.h"
+#include "core/workspace/ResultTable.h"
 
 #include <QSqlDatabase>
 #include <QSqlRecord>

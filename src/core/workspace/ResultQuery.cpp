@@ -1,9 +1,9 @@
-#include "ResultQuery.h"
+#include "core/workspace/ResultQuery.h"
 
-#include "ResultFetcher.h"
-#include "ResultNullability.h"
-#include "ResultWriteBack.h"
-#include "app/VantryError.h"
+#include "core/workspace/ResultFetcher.h"
+#include "core/workspace/ResultNullability.h"
+#include "core/workspace/ResultWriteBack.h"
+#include "core/base/VantryError.h"
 
 #include <QSqlDriver>
 #include <QSqlField>

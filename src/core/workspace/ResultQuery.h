@@ -1,6 +1,6 @@
 #pragma once
-#include "ResultSource.h"
-#include "ResultTable.h"
+#include "core/workspace/ResultSource.h"
+#include "core/workspace/ResultTable.h"
 
 #include <QSqlDatabase>
 #include <memory>

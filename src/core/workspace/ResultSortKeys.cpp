@@ -1,4 +1,4 @@
-#include "ResultSortKeys.h"
+#include "core/workspace/ResultSortKeys.h"
 
 #include <algorithm>
 #include <cstring>

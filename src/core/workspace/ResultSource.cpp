@@ -1,4 +1,4 @@
-#include "ResultSource.h"
+#include "core/workspace/ResultSource.h"
 
 #include <QSet>
 

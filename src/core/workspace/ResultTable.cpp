@@ -1,6 +1,6 @@
-#include "ResultTable.h"
+#include "core/workspace/ResultTable.h"
 
-#include "app/VantryError.h"
+#include "core/base/VantryError.h"
 
 #include <QSet>
 

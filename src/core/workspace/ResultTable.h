@@ -1,5 +1,5 @@
 #pragma once
-#include "ResultColumn.h"
+#include "core/workspace/ResultColumn.h"
 
 #include <QHash>
 #include <QList>

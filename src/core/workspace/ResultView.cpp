@@ -1,7 +1,7 @@
-#include "ResultView.h"
+#include "core/workspace/ResultView.h"
 
-#include "ResultSortKeys.h"
-#include "ValueTypes.h"
+#include "core/workspace/ResultSortKeys.h"
+#include "core/workspace/ValueTypes.h"
 
 #include <QDateTime>
 #include <QLocale>

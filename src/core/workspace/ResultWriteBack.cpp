@@ -1,10 +1,10 @@
-#include "ResultWriteBack.h"
+#include "core/workspace/ResultWriteBack.h"
 
-#include "ResultFetcher.h"
-#include "SqlLiterals.h"
-#include "ValueTypes.h"
-#include "app/SqlErrorText.h"
-#include "app/VantryError.h"
+#include "core/workspace/ResultFetcher.h"
+#include "core/workspace/SqlLiterals.h"
+#include "core/workspace/ValueTypes.h"
+#include "core/base/SqlErrorText.h"
+#include "core/base/VantryError.h"
 
 #include <QSqlDriver>
 #include <QSqlError>

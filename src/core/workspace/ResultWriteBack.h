@@ -1,7 +1,7 @@
 #pragma once
-#include "ResultTable.h"
-#include "RowChange.h"
-#include "TableKeys.h"
+#include "core/workspace/ResultTable.h"
+#include "core/workspace/RowChange.h"
+#include "core/workspace/TableKeys.h"
 
 #include <QSqlDatabase>
 #include <QString>

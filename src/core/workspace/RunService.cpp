@@ -1,9 +1,9 @@
-#include "workspace/RunService.h"
+#include "core/workspace/RunService.h"
 
-#include "app/SqlHistory.h"
-#include "app/VantryError.h"
-#include "workspace/RunWorker.h"
-#include "workspace/SqlRun.h"
+#include "core/app/SqlHistory.h"
+#include "core/base/VantryError.h"
+#include "core/workspace/RunWorker.h"
+#include "core/workspace/SqlRun.h"
 
 #include <QThread>
 

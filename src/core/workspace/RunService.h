@@ -1,7 +1,7 @@
 #pragma once
-#include "connections/vtrIL.h"
-#include "workspace/ResultSource.h"
-#include "workspace/ResultTable.h"
+#include "core/connections/vtrIL.h"
+#include "core/workspace/ResultSource.h"
+#include "core/workspace/ResultTable.h"
 
 #include <QObject>
 #include <QSqlDatabase>

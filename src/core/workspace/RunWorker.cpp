@@ -1,9 +1,9 @@
-#include "workspace/RunWorker.h"
+#include "core/workspace/RunWorker.h"
 
-#include "app/VantryError.h"
-#include "connections/impDMun.h"
-#include "workspace/ResultNullability.h"
-#include "workspace/SqlRun.h"
+#include "core/base/VantryError.h"
+#include "core/connections/impDMun.h"
+#include "core/workspace/ResultNullability.h"
+#include "core/workspace/SqlRun.h"
 
 #include <QLocale>
 #include <QThread>

@@ -1,8 +1,8 @@
 #pragma once
-#include "connections/WorkspaceConnection.h"
-#include "workspace/EngineCancel.h"
-#include "workspace/ResultCursor.h"
-#include "workspace/RunService.h"
+#include "core/connections/WorkspaceConnection.h"
+#include "core/workspace/EngineCancel.h"
+#include "core/workspace/ResultCursor.h"
+#include "core/workspace/RunService.h"
 
 #include <QObject>
 

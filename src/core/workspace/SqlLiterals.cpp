@@ -1,4 +1,4 @@
-#include "SqlLiterals.h"
+#include "core/workspace/SqlLiterals.h"
 
 #include <QSqlDriver>
 #include <QSqlField>

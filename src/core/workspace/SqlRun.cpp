@@ -1,10 +1,10 @@
-#include "workspace/SqlRun.h"
+#include "core/workspace/SqlRun.h"
 
-#include "app/SqlErrorText.h"
-#include "app/SqlHistory.h"
-#include "app/VantryError.h"
-#include "workspace/EngineCancel.h"
-#include "workspace/SqliteScript.h"
+#include "core/base/SqlErrorText.h"
+#include "core/app/SqlHistory.h"
+#include "core/base/VantryError.h"
+#include "core/workspace/EngineCancel.h"
+#include "core/workspace/SqliteScript.h"
 
 #include <QSqlError>
 #include <QSqlQuery>

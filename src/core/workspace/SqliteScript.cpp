@@ -1,7 +1,7 @@
-#include "SqliteScript.h"
+#include "core/workspace/SqliteScript.h"
 
-#include "ResultFetchNative.h"
-#include "app/VantryError.h"
+#include "core/workspace/ResultFetchNative.h"
+#include "core/base/VantryError.h"
 
 #include <QSqlDriver>
 

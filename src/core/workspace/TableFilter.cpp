@@ -1,4 +1,4 @@
-#include "workspace/TableFilter.h"
+#include "core/workspace/TableFilter.h"
 
 namespace TableFilter {
 

@@ -1,8 +1,8 @@
-#include "TableKeys.h"
+#include "core/workspace/TableKeys.h"
 
-#include "SqlLiterals.h"
-#include "app/SqlErrorText.h"
-#include "app/VantryError.h"
+#include "core/workspace/SqlLiterals.h"
+#include "core/base/SqlErrorText.h"
+#include "core/base/VantryError.h"
 
 #include <QSqlDriver>
 #include <QSqlError>

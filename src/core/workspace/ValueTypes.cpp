@@ -1,4 +1,4 @@
-#include "ValueTypes.h"
+#include "core/workspace/ValueTypes.h"
 
 #include <QSet>
 

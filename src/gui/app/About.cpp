@@ -1,4 +1,4 @@
-#include "app/About.h"
+#include "gui/app/About.h"
 
 #include "VersionInfo.h"
 

@@ -1,14 +1,14 @@
-#include "app/MUn.h"
+#include "gui/app/MUn.h"
 
-#include "app/About.h"
-#include "app/MainActions.h"
-#include "app/PagerBar.h"
-#include "app/SettingsStore.h"
-#include "app/StatusMessage.h"
-#include "app/UserMessages.h"
-#include "connections/OdbcAdministrator.h"
-#include "workspace/ConnectionList.h"
-#include "workspace/SqlUn.h"
+#include "gui/app/About.h"
+#include "gui/app/MainActions.h"
+#include "gui/app/PagerBar.h"
+#include "core/base/SettingsStore.h"
+#include "core/app/StatusMessage.h"
+#include "gui/app/UserMessages.h"
+#include "gui/connections/OdbcAdministrator.h"
+#include "core/workspace/ConnectionList.h"
+#include "gui/workspace/SqlUn.h"
 
 #include <QAction>
 #include <QPointer>

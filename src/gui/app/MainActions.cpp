@@ -1,4 +1,4 @@
-#include "app/MainActions.h"
+#include "gui/app/MainActions.h"
 
 const QList<MainActionEntry> &mainActions()
 {

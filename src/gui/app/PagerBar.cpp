@@ -1,4 +1,4 @@
-#include "app/PagerBar.h"
+#include "gui/app/PagerBar.h"
 
 #include <QHBoxLayout>
 #include <QMenu>

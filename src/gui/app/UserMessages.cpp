@@ -1,7 +1,7 @@
-#include "app/UserMessages.h"
+#include "gui/app/UserMessages.h"
 
-#include "app/VantryApplication.h"
-#include "app/VantryError.h"
+#include "gui/app/VantryApplication.h"
+#include "core/base/VantryError.h"
 
 #include <QMessageBox>
 

@@ -1,4 +1,4 @@
-#include "app/VantryApplication.h"
+#include "gui/app/VantryApplication.h"
 
 #include <QMessageBox>
 #include <exception>

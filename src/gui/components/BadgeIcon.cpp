@@ -1,4 +1,4 @@
-#include "components/BadgeIcon.h"
+#include "gui/components/BadgeIcon.h"
 
 #include <QPainter>
 #include <QPixmap>

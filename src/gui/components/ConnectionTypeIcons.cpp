@@ -1,7 +1,7 @@
-#include "components/ConnectionTypeIcons.h"
+#include "gui/components/ConnectionTypeIcons.h"
 
-#include "components/BadgeIcon.h"
-#include "connections/ConnectionTypes.h"
+#include "gui/components/BadgeIcon.h"
+#include "core/connections/ConnectionTypes.h"
 
 #include <QHash>
 

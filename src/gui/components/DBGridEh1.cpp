@@ -1,8 +1,8 @@
-#include "DBGridEh1.h"
+#include "gui/components/DBGridEh1.h"
 
-#include "ResultFilterHeader.h"
-#include "ResultGridModel.h"
-#include "workspace/ResultTable.h"
+#include "gui/components/ResultFilterHeader.h"
+#include "gui/components/ResultGridModel.h"
+#include "core/workspace/ResultTable.h"
 
 #include <QApplication>
 #include <QClipboard>

@@ -1,4 +1,4 @@
-#include "components/GridTitleColor.h"
+#include "gui/components/GridTitleColor.h"
 
 #include <QHeaderView>
 #include <QTableView>

@@ -1,4 +1,4 @@
-#include "ResultFilterHeader.h"
+#include "gui/components/ResultFilterHeader.h"
 
 #include <QLineEdit>
 #include <QScrollBar>

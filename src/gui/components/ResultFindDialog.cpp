@@ -1,7 +1,7 @@
-#include "ResultFindDialog.h"
+#include "gui/components/ResultFindDialog.h"
 
-#include "DBGridEh1.h"
-#include "ResultGridModel.h"
+#include "gui/components/DBGridEh1.h"
+#include "gui/components/ResultGridModel.h"
 
 #include <QCheckBox>
 #include <QComboBox>

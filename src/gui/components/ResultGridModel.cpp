@@ -1,6 +1,6 @@
-#include "ResultGridModel.h"
+#include "gui/components/ResultGridModel.h"
 
-#include "app/VantryError.h"
+#include "core/base/VantryError.h"
 
 #include <QBrush>
 #include <QColor>

@@ -1,6 +1,6 @@
 #pragma once
-#include "workspace/ResultTable.h"
-#include "workspace/ResultView.h"
+#include "core/workspace/ResultTable.h"
+#include "core/workspace/ResultView.h"
 
 #include <QAbstractTableModel>
 

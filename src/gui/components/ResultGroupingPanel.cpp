@@ -1,4 +1,4 @@
-#include "ResultGroupingPanel.h"
+#include "gui/components/ResultGroupingPanel.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

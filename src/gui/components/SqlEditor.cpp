@@ -1,6 +1,6 @@
-#include "components/SqlEditor.h"
+#include "gui/components/SqlEditor.h"
 
-#include "app/TextSearchRules.h"
+#include "core/app/TextSearchRules.h"
 
 #include <Qsci/qscicommand.h>
 #include <Qsci/qscicommandset.h>

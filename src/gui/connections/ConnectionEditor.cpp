@@ -1,9 +1,9 @@
-#include "connections/ConnectionEditor.h"
+#include "gui/connections/ConnectionEditor.h"
 
-#include "connections/ConnectionTypes.h"
-#include "connections/DBConnectionDialogUn.h"
-#include "connections/vtrtools.h"
-#include "workspace/ConnectionList.h"
+#include "core/connections/ConnectionTypes.h"
+#include "gui/connections/DBConnectionDialogUn.h"
+#include "core/connections/vtrtools.h"
+#include "core/workspace/ConnectionList.h"
 
 #include <QComboBox>
 #include <QLabel>

@@ -1,5 +1,5 @@
 #pragma once
-#include "app/AppServices.h"
+#include "gui/app/AppServices.h"
 
 class ConnectionList;
 class QWidget;

@@ -1,6 +1,6 @@
-#include "connections/ConnectionTypeLayout.h"
+#include "gui/connections/ConnectionTypeLayout.h"
 
-#include "connections/ConnectionTypes.h"
+#include "core/connections/ConnectionTypes.h"
 
 #include <initializer_list>
 

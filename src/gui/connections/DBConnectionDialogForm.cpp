@@ -1,12 +1,12 @@
 // The controls of the connection properties dialog and where each type puts them.
 
-#include "connections/DBConnectionDialogUn.h"
+#include "gui/connections/DBConnectionDialogUn.h"
 
-#include "components/ConnectionTypeIcons.h"
-#include "connections/ConnectionTypeLayout.h"
-#include "connections/ConnectionTypes.h"
-#include "connections/FileNameEdit.h"
-#include "connections/ServerComboBox.h"
+#include "gui/components/ConnectionTypeIcons.h"
+#include "gui/connections/ConnectionTypeLayout.h"
+#include "core/connections/ConnectionTypes.h"
+#include "gui/connections/FileNameEdit.h"
+#include "gui/connections/ServerComboBox.h"
 
 #include <QApplication>
 #include <QCheckBox>

@@ -1,15 +1,15 @@
-#include "connections/DBConnectionDialogUn.h"
+#include "gui/connections/DBConnectionDialogUn.h"
 
-#include "app/SettingsStore.h"
-#include "app/VantryError.h"
-#include "connections/ConnectionTypeLayout.h"
-#include "connections/ConnectionTypes.h"
-#include "app/UserMessages.h"
-#include "connections/FileNameEdit.h"
-#include "connections/OdbcAdministrator.h"
-#include "connections/ServerComboBox.h"
-#include "connections/impDMun.h"
-#include "workspace/TableBrowserUn.h"
+#include "core/base/SettingsStore.h"
+#include "core/base/VantryError.h"
+#include "gui/connections/ConnectionTypeLayout.h"
+#include "core/connections/ConnectionTypes.h"
+#include "gui/app/UserMessages.h"
+#include "gui/connections/FileNameEdit.h"
+#include "gui/connections/OdbcAdministrator.h"
+#include "gui/connections/ServerComboBox.h"
+#include "core/connections/impDMun.h"
+#include "gui/workspace/TableBrowserUn.h"
 
 #include <QApplication>
 #include <QCheckBox>

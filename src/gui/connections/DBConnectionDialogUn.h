@@ -1,8 +1,8 @@
 #pragma once
-#include "app/AppServices.h"
-#include "connections/vtrIL.h"
-#include "ui/DefDlgUn.h"
-#include "ui/TextEditorFrameUn.h"
+#include "gui/app/AppServices.h"
+#include "core/connections/vtrIL.h"
+#include "gui/ui/DefDlgUn.h"
+#include "gui/ui/TextEditorFrameUn.h"
 
 #include <functional>
 

@@ -1,4 +1,4 @@
-#include "connections/FileNameEdit.h"
+#include "gui/connections/FileNameEdit.h"
 
 #include <QFileDialog>
 #include <QFileInfo>

@@ -1,6 +1,6 @@
-#include "connections/OdbcAdministrator.h"
+#include "gui/connections/OdbcAdministrator.h"
 
-#include "app/VantryError.h"
+#include "core/base/VantryError.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>

@@ -1,4 +1,4 @@
-#include "connections/ServerComboBox.h"
+#include "gui/connections/ServerComboBox.h"
 
 #include <QKeyEvent>
 #include <QLineEdit>

@@ -1,6 +1,6 @@
-#include "interchange/DMToolsUn.h"
+#include "gui/interchange/DMToolsUn.h"
 
-#include "interchange/GridExport.h"
+#include "core/interchange/GridExport.h"
 
 #include <QFileDialog>
 #include <QFileInfo>

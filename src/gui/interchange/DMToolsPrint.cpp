@@ -1,10 +1,10 @@
-#include "interchange/DMToolsUn.h"
+#include "gui/interchange/DMToolsUn.h"
 
-#include "interchange/ExportSource.h"
-#include "ui/GridPrinter.h"
-#include "ui/SePrintPreviewUn.h"
-#include "ui/SynEditPrint.h"
-#include "ui/vtrPrvFrmEh.h"
+#include "core/interchange/ExportSource.h"
+#include "gui/ui/GridPrinter.h"
+#include "gui/ui/SePrintPreviewUn.h"
+#include "gui/ui/SynEditPrint.h"
+#include "gui/ui/vtrPrvFrmEh.h"
 
 #include <QMessageBox>
 #include <QPrintDialog>

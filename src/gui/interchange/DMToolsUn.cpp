@@ -1,6 +1,6 @@
-#include "interchange/DMToolsUn.h"
+#include "gui/interchange/DMToolsUn.h"
 
-#include "ui/AppStyles.h"
+#include "gui/ui/AppStyles.h"
 
 #include <QApplication>
 #include <QPalette>

@@ -1,5 +1,5 @@
 #pragma once
-#include "ui/AppStyles.h"
+#include "gui/ui/AppStyles.h"
 
 #include <QColor>
 #include <QObject>

@@ -1,4 +1,4 @@
-#include "ui/AppStyles.h"
+#include "gui/ui/AppStyles.h"
 
 #include <cmath>
 

@@ -1,6 +1,6 @@
-#include "ui/DefDlgUn.h"
+#include "gui/ui/DefDlgUn.h"
 
-#include "app/SettingsStore.h"
+#include "core/base/SettingsStore.h"
 
 #include <QCloseEvent>
 #include <QHBoxLayout>

@@ -1,4 +1,4 @@
-#include "ui/DefPreviewFrmUn.h"
+#include "gui/ui/DefPreviewFrmUn.h"
 
 #include <QAction>
 #include <QLabel>

@@ -1,6 +1,6 @@
-#include "ui/DgUn.h"
+#include "gui/ui/DgUn.h"
 
-#include "app/SettingsStore.h"
+#include "core/base/SettingsStore.h"
 
 #include <QGuiApplication>
 #include <QHBoxLayout>

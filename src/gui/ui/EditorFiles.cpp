@@ -1,8 +1,8 @@
-#include "ui/EditorFiles.h"
+#include "gui/ui/EditorFiles.h"
 
-#include "app/UserMessages.h"
-#include "app/VantryError.h"
-#include "components/SqlEditor.h"
+#include "gui/app/UserMessages.h"
+#include "core/base/VantryError.h"
+#include "gui/components/SqlEditor.h"
 
 #include <Qsci/qsciscintilla.h>
 

@@ -1,5 +1,5 @@
 #pragma once
-#include "interchange/TextFileCodec.h"
+#include "core/interchange/TextFileCodec.h"
 
 #include <QObject>
 #include <QPointer>

@@ -1,6 +1,6 @@
-#include "ui/GridPrinter.h"
+#include "gui/ui/GridPrinter.h"
 
-#include "interchange/ExportSource.h"
+#include "core/interchange/ExportSource.h"
 
 #include <QFontMetrics>
 #include <QPainter>

@@ -1,5 +1,5 @@
 #pragma once
-#include "interchange/ExportSource.h"
+#include "core/interchange/ExportSource.h"
 
 #include <QAbstractItemModel>
 #include <QPointer>

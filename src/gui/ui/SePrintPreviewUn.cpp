@@ -1,6 +1,6 @@
-#include "ui/SePrintPreviewUn.h"
+#include "gui/ui/SePrintPreviewUn.h"
 
-#include "ui/SynEditPrint.h"
+#include "gui/ui/SynEditPrint.h"
 
 #include <Qsci/qsciscintilla.h>
 

@@ -1,5 +1,5 @@
 #pragma once
-#include "ui/DefPreviewFrmUn.h"
+#include "gui/ui/DefPreviewFrmUn.h"
 
 #include <QString>
 

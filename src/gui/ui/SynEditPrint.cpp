@@ -1,4 +1,4 @@
-#include "ui/SynEditPrint.h"
+#include "gui/ui/SynEditPrint.h"
 
 #include <Qsci/qsciscintilla.h>
 

@@ -1,9 +1,9 @@
-#include "ui/TextEditorFrameUn.h"
+#include "gui/ui/TextEditorFrameUn.h"
 
-#include "components/SqlEditor.h"
-#include "interchange/DMToolsUn.h"
-#include "ui/EditorFiles.h"
-#include "ui/TextSearch.h"
+#include "gui/components/SqlEditor.h"
+#include "gui/interchange/DMToolsUn.h"
+#include "gui/ui/EditorFiles.h"
+#include "gui/ui/TextSearch.h"
 
 #include <Qsci/qsciscintilla.h>
 

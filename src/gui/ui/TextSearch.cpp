@@ -1,8 +1,8 @@
-#include "ui/TextSearch.h"
+#include "gui/ui/TextSearch.h"
 
-#include "app/TextSearchRules.h"
-#include "components/SqlEditor.h"
-#include "ui/TextSearchDialogs.h"
+#include "core/app/TextSearchRules.h"
+#include "gui/components/SqlEditor.h"
+#include "gui/ui/TextSearchDialogs.h"
 
 #include <Qsci/qsciscintilla.h>
 

@@ -1,7 +1,7 @@
-#include "ui/TextSearchDialogs.h"
+#include "gui/ui/TextSearchDialogs.h"
 
-#include "app/SettingsStore.h"
-#include "app/TextSearchRules.h"
+#include "core/base/SettingsStore.h"
+#include "core/app/TextSearchRules.h"
 
 #include <QCheckBox>
 #include <QComboBox>

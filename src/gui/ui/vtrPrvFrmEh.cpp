@@ -1,4 +1,4 @@
-#include "ui/vtrPrvFrmEh.h"
+#include "gui/ui/vtrPrvFrmEh.h"
 
 #include <QAction>
 #include <QCloseEvent>

@@ -1,6 +1,6 @@
 #pragma once
-#include "ui/DefPreviewFrmUn.h"
-#include "ui/GridPrinter.h"
+#include "gui/ui/DefPreviewFrmUn.h"
+#include "gui/ui/GridPrinter.h"
 
 #include <QTimer>
 #include <memory>

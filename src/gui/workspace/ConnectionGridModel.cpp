@@ -1,7 +1,7 @@
-#include "workspace/ConnectionGridModel.h"
+#include "gui/workspace/ConnectionGridModel.h"
 
-#include "components/ConnectionTypeIcons.h"
-#include "workspace/ConnectionList.h"
+#include "gui/components/ConnectionTypeIcons.h"
+#include "core/workspace/ConnectionList.h"
 
 ConnectionGridModel::ConnectionGridModel(ConnectionList *list, QObject *parent)
     : QAbstractTableModel(parent), m_list(list)

@@ -1,6 +1,6 @@
-#include "workspace/HistoryListModel.h"
+#include "gui/workspace/HistoryListModel.h"
 
-#include "app/SqlHistory.h"
+#include "core/app/SqlHistory.h"
 
 HistoryListModel::HistoryListModel(SqlHistory &history, QObject *parent)
     : QAbstractListModel(parent), m_history(history)

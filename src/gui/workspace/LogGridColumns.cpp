@@ -1,6 +1,6 @@
-#include "workspace/LogGridColumns.h"
+#include "gui/workspace/LogGridColumns.h"
 
-#include "workspace/LogTableModel.h"
+#include "gui/workspace/LogTableModel.h"
 
 #include <QEvent>
 #include <QHeaderView>

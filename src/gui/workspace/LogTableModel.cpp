@@ -1,7 +1,7 @@
-#include "workspace/LogTableModel.h"
+#include "gui/workspace/LogTableModel.h"
 
-#include "components/BadgeIcon.h"
-#include "workspace/ExecutionLog.h"
+#include "gui/components/BadgeIcon.h"
+#include "core/workspace/ExecutionLog.h"
 
 LogTableModel::LogTableModel(ExecutionLog *log, QObject *parent)
     : QAbstractTableModel(parent), m_log(log)

@@ -1,12 +1,12 @@
-#include "ResultPanel.h"
+#include "gui/workspace/ResultPanel.h"
 
-#include "app/VantryError.h"
-#include "components/DBGridEh1.h"
-#include "components/ResultFindDialog.h"
-#include "components/ResultGridModel.h"
-#include "components/ResultGroupingPanel.h"
-#include "workspace/ResultWriteBack.h"
-#include "interchange/DMToolsUn.h"
+#include "core/base/VantryError.h"
+#include "gui/components/DBGridEh1.h"
+#include "gui/components/ResultFindDialog.h"
+#include "gui/components/ResultGridModel.h"
+#include "gui/components/ResultGroupingPanel.h"
+#include "core/workspace/ResultWriteBack.h"
+#include "gui/interchange/DMToolsUn.h"
 
 #include <QAction>
 #include <QLabel>

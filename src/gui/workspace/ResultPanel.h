@@ -1,8 +1,8 @@
 #pragma once
-#include "workspace/ResultQuery.h"
-#include "workspace/RowChange.h"
-#include "workspace/TableKeys.h"
-#include "workspace/RunService.h"
+#include "core/workspace/ResultQuery.h"
+#include "core/workspace/RowChange.h"
+#include "core/workspace/TableKeys.h"
+#include "core/workspace/RunService.h"
 
 #include <QWidget>
 #include <functional>

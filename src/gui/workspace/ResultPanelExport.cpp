@@ -1,12 +1,12 @@
 // The result panel's export and print commands: each hands the rows the grid shows to the tools
 // service, which reads them through the core's export source, never through the grid widget.
 
-#include "ResultPanel.h"
+#include "gui/workspace/ResultPanel.h"
 
-#include "components/DBGridEh1.h"
-#include "components/ResultGridModel.h"
-#include "interchange/DMToolsUn.h"
-#include "workspace/ResultExportSource.h"
+#include "gui/components/DBGridEh1.h"
+#include "gui/components/ResultGridModel.h"
+#include "gui/interchange/DMToolsUn.h"
+#include "core/workspace/ResultExportSource.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
 // The result area's traffic with the run service: rows fetched on demand, Refresh, and edits
 // written back on the connection's thread.
-#include "ResultPanel.h"
+#include "gui/workspace/ResultPanel.h"
 
-#include "components/DBGridEh1.h"
-#include "components/ResultGridModel.h"
-#include "workspace/ResultWriteBack.h"
-#include "workspace/TableKeys.h"
+#include "gui/components/DBGridEh1.h"
+#include "gui/components/ResultGridModel.h"
+#include "core/workspace/ResultWriteBack.h"
+#include "core/workspace/TableKeys.h"
 
 #include <QAction>
 #include <QKeyEvent>

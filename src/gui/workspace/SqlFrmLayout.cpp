@@ -1,15 +1,15 @@
 // Builds the widgets of a workspace tab, outside in: the two toolbars, the connections panel with
 // the table list, the SQL panel, the result area and the log.
-#include "app/UserMessages.h"
-#include "components/SqlEditor.h"
-#include "interchange/DMToolsUn.h"
-#include "ui/EditorFiles.h"
-#include "ui/TextSearch.h"
-#include "workspace/ConnectionGridModel.h"
-#include "workspace/ConnectionList.h"
-#include "workspace/ResultPanel.h"
-#include "workspace/SqlLogFrameUn.h"
-#include "workspace/SqlUn.h"
+#include "gui/app/UserMessages.h"
+#include "gui/components/SqlEditor.h"
+#include "gui/interchange/DMToolsUn.h"
+#include "gui/ui/EditorFiles.h"
+#include "gui/ui/TextSearch.h"
+#include "gui/workspace/ConnectionGridModel.h"
+#include "core/workspace/ConnectionList.h"
+#include "gui/workspace/ResultPanel.h"
+#include "gui/workspace/SqlLogFrameUn.h"
+#include "gui/workspace/SqlUn.h"
 
 #include <Qsci/qsciscintilla.h>
 

@@ -1,18 +1,18 @@
 // Running the editor's text: one statement (Run SQL), a script cut at delimiter lines (Run as
 // Script), the table list's click, and the history steps. The handlers read the editor and hand
 // the work to the tab's run service; its reports fill the log, the status bar and the grid.
-#include "app/MdmUn.h"
-#include "app/SqlHistory.h"
-#include "app/UserMessages.h"
-#include "app/VantryError.h"
-#include "components/DBGridEh1.h"
-#include "workspace/ResultPanel.h"
-#include "workspace/SqlLogFrameUn.h"
-#include "workspace/SqlFrmSettings.h"
-#include "workspace/SqlRun.h"
-#include "workspace/TableFilter.h"
-#include "workspace/SqlUn.h"
-#include "workspace/TSqlSelectDlgUn.h"
+#include "core/app/MdmUn.h"
+#include "core/app/SqlHistory.h"
+#include "gui/app/UserMessages.h"
+#include "core/base/VantryError.h"
+#include "gui/components/DBGridEh1.h"
+#include "gui/workspace/ResultPanel.h"
+#include "gui/workspace/SqlLogFrameUn.h"
+#include "gui/workspace/SqlFrmSettings.h"
+#include "core/workspace/SqlRun.h"
+#include "core/workspace/TableFilter.h"
+#include "gui/workspace/SqlUn.h"
+#include "gui/workspace/TSqlSelectDlgUn.h"
 
 #include <Qsci/qsciscintilla.h>
 

@@ -1,9 +1,9 @@
-#include "workspace/SqlFrmSettings.h"
+#include "gui/workspace/SqlFrmSettings.h"
 
-#include "app/PhysicalMemory.h"
-#include "app/SettingsStore.h"
-#include "workspace/ResultPanel.h"
-#include "workspace/SqlUn.h"
+#include "core/base/PhysicalMemory.h"
+#include "core/base/SettingsStore.h"
+#include "gui/workspace/ResultPanel.h"
+#include "gui/workspace/SqlUn.h"
 
 #include <Qsci/qsciscintilla.h>
 

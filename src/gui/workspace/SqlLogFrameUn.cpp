@@ -1,15 +1,15 @@
-#include "workspace/SqlLogFrameUn.h"
+#include "gui/workspace/SqlLogFrameUn.h"
 
-#include "app/VantryError.h"
-#include "components/ResultFilterHeader.h"
-#include "components/SqlEditor.h"
-#include "interchange/DMToolsUn.h"
-#include "ui/ModelExportSource.h"
-#include "ui/SePrintPreviewUn.h"
-#include "ui/TextSearch.h"
-#include "workspace/ExecutionLog.h"
-#include "workspace/LogGridColumns.h"
-#include "workspace/LogTableModel.h"
+#include "core/base/VantryError.h"
+#include "gui/components/ResultFilterHeader.h"
+#include "gui/components/SqlEditor.h"
+#include "gui/interchange/DMToolsUn.h"
+#include "gui/ui/ModelExportSource.h"
+#include "gui/ui/SePrintPreviewUn.h"
+#include "gui/ui/TextSearch.h"
+#include "core/workspace/ExecutionLog.h"
+#include "gui/workspace/LogGridColumns.h"
+#include "gui/workspace/LogTableModel.h"
 
 #include <Qsci/qsciscintilla.h>
 

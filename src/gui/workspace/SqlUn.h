@@ -1,8 +1,8 @@
 #pragma once
-#include "app/AppServices.h"
-#include "connections/WorkspaceConnection.h"
-#include "workspace/RunService.h"
-#include "connections/vtrIL.h"
+#include "gui/app/AppServices.h"
+#include "core/connections/WorkspaceConnection.h"
+#include "core/workspace/RunService.h"
+#include "core/connections/vtrIL.h"
 
 #include <QWidget>
 

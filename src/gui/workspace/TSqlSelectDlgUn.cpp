@@ -1,7 +1,7 @@
-#include "workspace/TSqlSelectDlgUn.h"
+#include "gui/workspace/TSqlSelectDlgUn.h"
 
-#include "app/SqlHistory.h"
-#include "workspace/HistoryListModel.h"
+#include "core/app/SqlHistory.h"
+#include "gui/workspace/HistoryListModel.h"
 
 #include <QHBoxLayout>
 #include <QListView>

@@ -1,5 +1,5 @@
 #pragma once
-#include "ui/DefDlgUn.h"
+#include "gui/ui/DefDlgUn.h"
 
 class QListView;
 class SqlHistory;

@@ -1,6 +1,6 @@
-#include "workspace/TableBrowserUn.h"
+#include "gui/workspace/TableBrowserUn.h"
 
-#include "workspace/SqlUn.h"
+#include "gui/workspace/SqlUn.h"
 
 #include <QLayout>
 #include <QPushButton>

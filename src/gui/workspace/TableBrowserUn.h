@@ -1,7 +1,7 @@
 #pragma once
-#include "app/AppServices.h"
-#include "connections/vtrIL.h"
-#include "ui/DefDlgUn.h"
+#include "gui/app/AppServices.h"
+#include "core/connections/vtrIL.h"
+#include "gui/ui/DefDlgUn.h"
 
 #include <QStringList>
 

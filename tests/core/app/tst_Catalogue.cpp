@@ -1,8 +1,8 @@
 #include "TempHome.h"
-#include "app/LogonUser.h"
-#include "app/MdmUn.h"
-#include "app/SqlHistory.h"
-#include "app/VantryError.h"
+#include "core/base/LogonUser.h"
+#include "core/app/MdmUn.h"
+#include "core/app/SqlHistory.h"
+#include "core/base/VantryError.h"
 
 #include <QCryptographicHash>
 #include <QProcess>

@@ -1,7 +1,7 @@
 #include "TempHome.h"
-#include "app/CommandLine.h"
-#include "app/DataFolder.h"
-#include "app/VantryError.h"
+#include "core/app/CommandLine.h"
+#include "core/base/DataFolder.h"
+#include "core/base/VantryError.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,6 +1,6 @@
 #include "TempHome.h"
-#include "app/DataFolder.h"
-#include "app/SettingsStore.h"
+#include "core/base/DataFolder.h"
+#include "core/base/SettingsStore.h"
 
 #include <QtTest>
 

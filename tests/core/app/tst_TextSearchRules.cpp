@@ -1,8 +1,8 @@
 // The editor-free rules of the text search (recent texts, replace-all) and the text file codec
 // the editors open and save with.
-#include "app/TextSearchRules.h"
-#include "app/VantryError.h"
-#include "interchange/TextFileCodec.h"
+#include "core/app/TextSearchRules.h"
+#include "core/base/VantryError.h"
+#include "core/interchange/TextFileCodec.h"
 
 #include <QTemporaryDir>
 #include <QtTest>

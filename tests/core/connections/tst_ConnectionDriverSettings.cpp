@@ -1,11 +1,11 @@
 // The pure parts of opening connections: provider options onto Qt driver options, table name
 // quoting, TNS alias parsing, and the name handed to Qt's ODBC driver.
 
-#include "app/VantryError.h"
-#include "connections/AdoSession.h"
-#include "connections/SqlNames.h"
-#include "connections/TnsNames.h"
-#include "connections/UniversalDriverSettings.h"
+#include "core/base/VantryError.h"
+#include "core/connections/AdoSession.h"
+#include "core/connections/SqlNames.h"
+#include "core/connections/TnsNames.h"
+#include "core/connections/UniversalDriverSettings.h"
 
 #include <QtTest>
 

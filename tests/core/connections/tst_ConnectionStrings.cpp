@@ -1,11 +1,11 @@
 // Connection type codes, ADO connection strings, the SQL Server driver choice, the ADO-to-ODBC
 // translation and the universal path's configuration: all checked to the character.
-#include "app/VantryError.h"
-#include "connections/AdoConnectionString.h"
-#include "connections/AdoToOdbc.h"
-#include "connections/ConnectionTypes.h"
-#include "connections/SqlServerDriver.h"
-#include "connections/UniversalConfig.h"
+#include "core/base/VantryError.h"
+#include "core/connections/AdoConnectionString.h"
+#include "core/connections/AdoToOdbc.h"
+#include "core/connections/ConnectionTypes.h"
+#include "core/connections/SqlServerDriver.h"
+#include "core/connections/UniversalConfig.h"
 
 #include "TestServers.h"
 

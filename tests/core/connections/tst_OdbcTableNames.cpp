@@ -1,4 +1,4 @@
-#include "connections/TableCatalogue.h"
+#include "core/connections/TableCatalogue.h"
 
 #include <QtTest>
 

@@ -1,6 +1,6 @@
 // CONNECTION_PARAMETERS: the parameter text compressed with bzip2. Checked against the bzip2 tool
 // itself, so stored values stay readable by (and from) any other bzip2 implementation.
-#include "connections/vtrtools.h"
+#include "core/connections/vtrtools.h"
 
 #include <QProcess>
 #include <QStandardPaths>

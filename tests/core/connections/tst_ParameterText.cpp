@@ -1,6 +1,6 @@
 // The parameter text of a connection record: the stored format every saved connection depends on.
-#include "app/VantryError.h"
-#include "connections/vtrtools.h"
+#include "core/base/VantryError.h"
+#include "core/connections/vtrtools.h"
 
 #include <QRandomGenerator>
 #include <QTemporaryDir>

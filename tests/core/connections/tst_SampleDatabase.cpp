@@ -1,6 +1,6 @@
 // The sample database a new catalogue points at: real SQLite tables with consistent relations.
-#include "app/SampleDatabase.h"
-#include "connections/vtrtools.h"
+#include "core/app/SampleDatabase.h"
+#include "core/connections/vtrtools.h"
 
 #include <QCryptographicHash>
 #include <QSqlDatabase>

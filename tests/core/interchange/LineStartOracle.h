@@ -3,7 +3,7 @@
 // stretch is scanned from its start to the end of the file. The reader's own search scans each
 // stretch only once; the unit test and the fuzzer hold it to this one.
 
-#include "interchange/VtrTypes.h"
+#include "core/interchange/VtrTypes.h"
 
 #include <QBuffer>
 

@@ -2,8 +2,8 @@
 // records of every field kind, streaming blocks, and the errors of missing, malformed,
 // truncated and hostile files.
 
-#include "app/VantryError.h"
-#include "interchange/QvxLib.h"
+#include "core/base/VantryError.h"
+#include "core/interchange/QvxLib.h"
 
 #include <QBuffer>
 #include <QFile>

@@ -1,8 +1,8 @@
 // The text file reader: terminator masks, line splitting at every buffer size, byte-order marks,
 // header, footer and last lines (also past one 64 KiB stretch), and the read errors.
 
-#include "app/VantryError.h"
-#include "interchange/VtrFileReader.h"
+#include "core/base/VantryError.h"
+#include "core/interchange/VtrFileReader.h"
 #include "LineStartOracle.h"
 
 #include <QBuffer>

@@ -7,7 +7,7 @@
 // each server's dialect that reads it and for Universal); each dialect's own quoting of names;
 // each dialect's row-limit forms.
 
-#include "querybuilder/SqlDialect.h"
+#include "core/querybuilder/SqlDialect.h"
 
 #include <QString>
 #include <QStringList>

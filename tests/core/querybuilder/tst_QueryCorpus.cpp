@@ -4,8 +4,8 @@
 
 #include "SelectCorpus.h"
 
-#include "querybuilder/SqlGenerator.h"
-#include "querybuilder/SqlParser.h"
+#include "core/querybuilder/SqlGenerator.h"
+#include "core/querybuilder/SqlParser.h"
 
 #include <QtTest>
 

@@ -3,12 +3,12 @@
 
 #include "TestServers.h"
 
-#include "querybuilder/QueryBuilderSource.h"
-#include "querybuilder/QueryEngine.h"
-#include "querybuilder/SessionMetadataProvider.h"
-#include "querybuilder/SqlGenerator.h"
-#include "querybuilder/SqlLexer.h"
-#include "querybuilder/SqlParser.h"
+#include "core/querybuilder/QueryBuilderSource.h"
+#include "core/querybuilder/QueryEngine.h"
+#include "core/querybuilder/SessionMetadataProvider.h"
+#include "core/querybuilder/SqlGenerator.h"
+#include "core/querybuilder/SqlLexer.h"
+#include "core/querybuilder/SqlParser.h"
 
 #include <QSettings>
 #include <QSignalSpy>

@@ -1,7 +1,7 @@
 // The generator's layout keys, quoting, row-limit forms by dialect, and word wrap.
 
-#include "querybuilder/SqlGenerator.h"
-#include "querybuilder/SqlParser.h"
+#include "core/querybuilder/SqlGenerator.h"
+#include "core/querybuilder/SqlParser.h"
 
 #include <QtTest>
 

@@ -1,8 +1,8 @@
 // The parser's model of SELECT statements, its positioned errors, and the statements it leaves
 // to sleep mode.
 
-#include "querybuilder/SqlLexer.h"
-#include "querybuilder/SqlParser.h"
+#include "core/querybuilder/SqlLexer.h"
+#include "core/querybuilder/SqlParser.h"
 
 #include <QtTest>
 

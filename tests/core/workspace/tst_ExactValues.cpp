@@ -1,9 +1,9 @@
-#include "app/VantryError.h"
-#include "workspace/ResultTable.h"
-#include "workspace/ResultView.h"
-#include "workspace/ResultWriteBack.h"
-#include "workspace/TableKeys.h"
-#include "workspace/ValueTypes.h"
+#include "core/base/VantryError.h"
+#include "core/workspace/ResultTable.h"
+#include "core/workspace/ResultView.h"
+#include "core/workspace/ResultWriteBack.h"
+#include "core/workspace/TableKeys.h"
+#include "core/workspace/ValueTypes.h"
 
 #include <QSqlQuery>
 #include <QTemporaryDir>

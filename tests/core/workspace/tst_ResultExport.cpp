@@ -1,5 +1,5 @@
-#include "interchange/GridExport.h"
-#include "workspace/ResultExportSource.h"
+#include "core/interchange/GridExport.h"
+#include "core/workspace/ResultExportSource.h"
 
 #include "PythonReader.h"
 

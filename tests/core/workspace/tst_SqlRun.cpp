@@ -1,10 +1,10 @@
 // The rules of a run that need no window: which text runs, query or command, script chunks, the
 // history rule, and the table list's wildcard filter.
 #include "TempHome.h"
-#include "app/MdmUn.h"
-#include "app/SqlHistory.h"
-#include "workspace/SqlRun.h"
-#include "workspace/TableFilter.h"
+#include "core/app/MdmUn.h"
+#include "core/app/SqlHistory.h"
+#include "core/workspace/SqlRun.h"
+#include "core/workspace/TableFilter.h"
 
 #include <QtTest>
 

@@ -1,7 +1,7 @@
-#include "app/VantryError.h"
-#include "workspace/ResultFetcher.h"
-#include "workspace/ResultQuery.h"
-#include "workspace/ResultSource.h"
+#include "core/base/VantryError.h"
+#include "core/workspace/ResultFetcher.h"
+#include "core/workspace/ResultQuery.h"
+#include "core/workspace/ResultSource.h"
 
 #include <QSqlError>
 #include <QSqlQuery>

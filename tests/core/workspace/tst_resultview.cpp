@@ -1,5 +1,5 @@
-#include "workspace/ResultTable.h"
-#include "workspace/ResultView.h"
+#include "core/workspace/ResultTable.h"
+#include "core/workspace/ResultView.h"
 
 #include "FilledTable.h"
 

@@ -1,10 +1,10 @@
 #include "GuiFixture.h"
-#include "app/About.h"
-#include "app/StatusMessage.h"
-#include "workspace/ConnectionList.h"
-#include "workspace/ExecutionLog.h"
-#include "workspace/SqlLogFrameUn.h"
-#include "workspace/SqlUn.h"
+#include "gui/app/About.h"
+#include "core/app/StatusMessage.h"
+#include "core/workspace/ConnectionList.h"
+#include "core/workspace/ExecutionLog.h"
+#include "gui/workspace/SqlLogFrameUn.h"
+#include "gui/workspace/SqlUn.h"
 
 #include <Qsci/qsciscintilla.h>
 

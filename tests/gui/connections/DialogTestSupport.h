@@ -2,8 +2,8 @@
 // Helpers for tests of the connection properties dialog: message capture, and running the
 // modal connection editor with actions performed inside it.
 
-#include "connections/DBConnectionDialogUn.h"
-#include "app/UserMessages.h"
+#include "gui/connections/DBConnectionDialogUn.h"
+#include "gui/app/UserMessages.h"
 
 #include <QApplication>
 #include <QComboBox>

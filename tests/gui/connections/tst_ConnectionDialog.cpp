@@ -4,13 +4,13 @@
 #include "DialogTestSupport.h"
 #include "GuiFixture.h"
 
-#include "connections/ConnectionEditor.h"
-#include "connections/ConnectionTypes.h"
-#include "connections/FileNameEdit.h"
-#include "connections/ServerComboBox.h"
-#include "connections/impDMun.h"
-#include "connections/vtrtools.h"
-#include "workspace/ConnectionList.h"
+#include "gui/connections/ConnectionEditor.h"
+#include "core/connections/ConnectionTypes.h"
+#include "gui/connections/FileNameEdit.h"
+#include "gui/connections/ServerComboBox.h"
+#include "core/connections/impDMun.h"
+#include "core/connections/vtrtools.h"
+#include "core/workspace/ConnectionList.h"
 
 #include <QAbstractItemView>
 #include <QCheckBox>

@@ -1,7 +1,7 @@
-#include "app/SettingsStore.h"
-#include "interchange/DMToolsUn.h"
-#include "ui/AppStyles.h"
-#include "ui/DgUn.h"
+#include "core/base/SettingsStore.h"
+#include "gui/interchange/DMToolsUn.h"
+#include "gui/ui/AppStyles.h"
+#include "gui/ui/DgUn.h"
 
 #include "GuiFixture.h"
 

@@ -1,10 +1,10 @@
 // The common OK/Cancel dialog: its parts, Esc, the fixed border and the kept placement.
 #include "TempHome.h"
-#include "app/DataFolder.h"
-#include "app/MdmUn.h"
-#include "app/SettingsStore.h"
-#include "ui/DefDlgUn.h"
-#include "workspace/TSqlSelectDlgUn.h"
+#include "core/base/DataFolder.h"
+#include "core/app/MdmUn.h"
+#include "core/base/SettingsStore.h"
+#include "gui/ui/DefDlgUn.h"
+#include "gui/workspace/TSqlSelectDlgUn.h"
 
 #include <QPushButton>
 #include <QTabBar>

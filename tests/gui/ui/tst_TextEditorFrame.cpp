@@ -1,13 +1,13 @@
 // The text editor frame and the program-wide search and replace it shares with every editor.
 #include "GuiFixture.h"
-#include "app/UserMessages.h"
-#include "connections/DBConnectionDialogUn.h"
-#include "ui/EditorFiles.h"
-#include "ui/TextEditorFrameUn.h"
-#include "ui/TextSearch.h"
-#include "ui/TextSearchDialogs.h"
-#include "workspace/SqlLogFrameUn.h"
-#include "workspace/SqlUn.h"
+#include "gui/app/UserMessages.h"
+#include "gui/connections/DBConnectionDialogUn.h"
+#include "gui/ui/EditorFiles.h"
+#include "gui/ui/TextEditorFrameUn.h"
+#include "gui/ui/TextSearch.h"
+#include "gui/ui/TextSearchDialogs.h"
+#include "gui/workspace/SqlLogFrameUn.h"
+#include "gui/workspace/SqlUn.h"
 
 #include <Qsci/qsciscintilla.h>
 

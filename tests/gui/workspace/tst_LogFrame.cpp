@@ -1,10 +1,10 @@
 // The execution log frame: what the table keeps, what the text view shows, and Save Log.
 #include "TempHome.h"
-#include "app/VantryError.h"
-#include "components/ResultFilterHeader.h"
-#include "workspace/ExecutionLog.h"
-#include "workspace/LogTableModel.h"
-#include "workspace/SqlLogFrameUn.h"
+#include "core/base/VantryError.h"
+#include "gui/components/ResultFilterHeader.h"
+#include "core/workspace/ExecutionLog.h"
+#include "gui/workspace/LogTableModel.h"
+#include "gui/workspace/SqlLogFrameUn.h"
 
 #include <Qsci/qsciscintilla.h>
 

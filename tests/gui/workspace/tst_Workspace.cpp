@@ -2,15 +2,15 @@
 // Run as Script, the log and the history.
 #include "GuiFixture.h"
 #include "WorkspaceDriver.h"
-#include "app/SqlHistory.h"
-#include "workspace/ResultPanel.h"
-#include "workspace/ResultQuery.h"
-#include "workspace/TSqlSelectDlgUn.h"
+#include "core/app/SqlHistory.h"
+#include "gui/workspace/ResultPanel.h"
+#include "core/workspace/ResultQuery.h"
+#include "gui/workspace/TSqlSelectDlgUn.h"
 
 #include <QComboBox>
 #include <QSqlQuery>
-#include "components/DBGridEh1.h"
-#include "components/ResultGridModel.h"
+#include "gui/components/DBGridEh1.h"
+#include "gui/components/ResultGridModel.h"
 #include <QLineEdit>
 #include <QAction>
 #include <QListView>

@@ -1,4 +1,4 @@
-#include "app/LogonUser.h"
+#include "core/base/LogonUser.h"
 
 #include <QtGlobal>
 #ifdef Q_OS_UNIX

@@ -1,4 +1,4 @@
-#include "app/DataFolder.h"
+#include "core/base/DataFolder.h"
 
 #include "InstallPaths.h"
 

@@ -1,4 +1,4 @@
-#include "app/SqlErrorText.h"
+#include "core/base/SqlErrorText.h"
 
 #include <QSqlError>
 

@@ -1,4 +1,4 @@
-#include "app/PhysicalMemory.h"
+#include "core/base/PhysicalMemory.h"
 
 #include <unistd.h>
 

@@ -1,4 +1,4 @@
-#include "app/SettingsStore.h"
+#include "core/base/SettingsStore.h"
 
 SettingsStore::SettingsStore(const QString &iniFile)
     : m_settings(std::make_unique<QSettings>(iniFile, QSettings::IniFormat))
