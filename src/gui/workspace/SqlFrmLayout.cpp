@@ -182,7 +182,6 @@ private:
                          [f = this->f] { TextSearch::DoSearchReplaceText(f->se, false, false); });
         QObject::connect(replace, &QToolButton::clicked, f,
                          [f = this->f] { TextSearch::ShowSearchReplaceDialog(f->se, true); });
-        f->findChild<QToolButton *>(QStringLiteral("tbSQLBuilder"))->setEnabled(false);
         return adptop;
     }
 

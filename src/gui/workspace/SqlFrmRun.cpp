@@ -13,6 +13,7 @@
 #include "core/workspace/TableFilter.h"
 #include "gui/workspace/SqlUn.h"
 #include "gui/workspace/TSqlSelectDlgUn.h"
+#include "gui/ui/fuAQBuilder.h"
 
 #include <Qsci/qsciscintilla.h>
 
@@ -269,6 +270,14 @@ void TSqlFrm::sbSqlSelectClick()
 
 void TSqlFrm::tbSqlBuilderClick()
 {
-    // The visual query builder is not part of this build yet.
+    // The builder opens on the current connection and the editor's text; OK puts its text back.
+    UserMessages::guarded(this, [this] {
+        TfmAQBuilder::Services services;
+        services.tools = m_services.tools;
+        services.runOptions = runOptions();
+        const QString text = TfmAQBuilder::Execute(GetConnection(), se->text(), services, this);
+        if (text != se->text())
+            se->setText(text);
+    });
 }
 
