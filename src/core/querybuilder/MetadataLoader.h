@@ -13,11 +13,10 @@
 
 #include <QObject>
 #include <QPointer>
+#include <QThread>
 
 #include <functional>
 #include <memory>
-
-class QThread;
 
 class MetadataLoader : public QObject
 {

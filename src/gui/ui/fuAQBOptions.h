@@ -2,6 +2,8 @@
 #include "gui/ui/DefDlgUn.h"
 #include "gui/ui/fuAQBOptionsFile.h"
 
+#include <QStringList>
+
 #include <functional>
 #include <vector>
 

@@ -350,12 +350,6 @@ bool TfmAQBuilder::QueryBuilderWakeQuery()
     return m_askWake ? m_askWake() : true;
 }
 
-bool TfmAQBuilder::sqlPaneHasFocus() const
-{
-    QWidget *focus = QApplication::focusWidget();
-    return focus && (focus == editSQL->editor() || editSQL->editor()->isAncestorOf(focus));
-}
-
 bool TfmAQBuilder::diagramHasFocus() const
 {
     QWidget *focus = QApplication::focusWidget();

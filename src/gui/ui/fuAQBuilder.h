@@ -64,6 +64,11 @@ public:
     // Quote every identifier, in the diagram and in the generated text (Excel sources).
     void setQuoteAllIdentifiers(bool on);
 
+    // The engine could not parse the pane's text: the message, then the caret at the place.
+    void QueryBuilderSQLError(const SqlParseError &error);
+    // The engine is about to leave sleep mode; true lets it replace the loaded text.
+    bool QueryBuilderWakeQuery();
+
     // The question of QueryBuilderWakeQuery; tests answer it without a modal box.
     void setWakeQuestion(std::function<bool()> ask) { m_askWake = std::move(ask); }
 
@@ -78,8 +83,6 @@ public slots:
     void editSQLExit();
     void sbShowQueryTreeClick();
     void sbPropertiesClick();
-    void QueryBuilderSQLError(const SqlParseError &error);
-    bool QueryBuilderWakeQuery();
     // The "Data" page: in fuAQBuilderData.cpp.
     void tsDataShow();
     void tbRefreshClick();
@@ -111,7 +114,6 @@ private:
     void metadataFailed(const QString &message);
     // Gives the pane's text to the engine; false when it could not be parsed.
     bool giveTextToEngine();
-    bool sqlPaneHasFocus() const;
     bool diagramHasFocus() const;
     // The preview: in fuAQBuilderData.cpp.
     void openPreview();

@@ -20,7 +20,7 @@
 void TfmAQBuilder::buildDataPage(QWidget *page)
 {
     m_data = new ResultPanel(page);
-    m_data->setObjectName(QStringLiteral("DataSource"));
+    m_data->setObjectName(QStringLiteral("pnlData"));
     m_data->setTools(m_services.tools);
     auto *toolbar = m_data->findChild<QToolBar *>(QStringLiteral("tbGrid"));
     toolbar->setObjectName(QStringLiteral("GridToolBar"));
@@ -102,9 +102,10 @@ void TfmAQBuilder::tsDataShow()
 
 void TfmAQBuilder::openPreview()
 {
-    // Text typed into the pane counts even though the pane was never left.
-    if (sqlPaneHasFocus() || m_textModified) {
-        if (m_textModified && !giveTextToEngine())
+    // Text typed into the pane counts even when the pane was never left: switching pages by
+    // the keyboard or from code need not take the focus from it first.
+    if (m_textModified) {
+        if (!giveTextToEngine())
             return;
     } else if (diagramHasFocus()) {
         acSQLBuilderPlainTextSQLUpdated(m_engine.sql());
