@@ -285,7 +285,7 @@ private slots:
                 auto *window = qobject_cast<TfmAQBuilder *>(QApplication::activeModalWidget());
                 QVERIFY(window);
                 const auto close = qScopeGuard([window, ok] { ok ? window->accept() : window->reject(); });
-                QVERIFY(waitForMetadata(window));
+                QVERIFY2(waitForMetadata(window), qPrintable(window->findChild<QLabel *>(QStringLiteral("lbMetadata"))->text()));
                 window->diagram()->addObject(QStringLiteral("orders"));
                 changed = window->sqlText();
                 QVERIFY(changed.contains(QLatin1String("orders")));
