@@ -82,15 +82,13 @@ QueryObjectBox *QueryDiagramView::box(const QString &referenceName) const
 
 QueryObjectBox *QueryDiagramView::currentBox() const
 {
-    for (QueryObjectBox *b : m_boxes)
-        if (b->hasFocus() || b->isSelected())
-            return b;
-    return nullptr;
+    return m_boxes.contains(m_currentBox) ? m_currentBox : nullptr;
 }
 
 void QueryDiagramView::setCurrentBox(QueryObjectBox *box)
 {
     scene()->clearSelection();
+    m_currentBox = box;
     if (!box)
         return;
     box->setSelected(true);
@@ -115,6 +113,7 @@ void QueryDiagramView::showPart(const SelectPart &part, const MetadataCatalog &c
     m_dragBox = nullptr;
     m_dragLine = nullptr;
     m_boxes.clear();
+    m_currentBox = nullptr;
     m_lines.clear();
     scene()->clear();
     m_links = part.links;
@@ -214,12 +213,19 @@ void QueryDiagramView::mousePressEvent(QMouseEvent *event)
             event->accept();
             return;
         }
-        if (row == QueryObjectBox::TitleRow && event->type() == QEvent::MouseButtonDblClick && b->isDerived()) {
-            emit openDerivedRequested(b->referenceName());
-            return;
-        }
+        m_currentBox = b;
     }
     QGraphicsView::mousePressEvent(event);
+}
+
+void QueryDiagramView::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    QueryObjectBox *b = boxAt(mapToScene(event->pos()));
+    if (b && b->isDerived() && b->rowAt(mapToScene(event->pos())) == QueryObjectBox::TitleRow) {
+        emit openDerivedRequested(b->referenceName());
+        return;
+    }
+    QGraphicsView::mouseDoubleClickEvent(event);
 }
 
 void QueryDiagramView::mouseMoveEvent(QMouseEvent *event)
@@ -385,17 +391,32 @@ void QueryDiagramView::keyPressEvent(QKeyEvent *event)
     QGraphicsView::keyPressEvent(event);
 }
 
+// The graphics view hands Tab to the scene, which may swallow it; here Tab walks the boxes.
+bool QueryDiagramView::event(QEvent *event)
+{
+    if (event->type() == QEvent::KeyPress) {
+        auto *key = static_cast<QKeyEvent *>(event);
+        if ((key->key() == Qt::Key_Tab || key->key() == Qt::Key_Backtab) && !(key->modifiers() & (Qt::ControlModifier | Qt::AltModifier))) {
+            focusNextPrevChild(key->key() == Qt::Key_Tab && !(key->modifiers() & Qt::ShiftModifier));
+            return true;
+        }
+    }
+    return QGraphicsView::event(event);
+}
+
 // Tab walks through the boxes; past the last one it leaves the diagram as usual.
 bool QueryDiagramView::focusNextPrevChild(bool next)
 {
-    if (hasFocus() && !m_boxes.isEmpty()) {
+    if (!m_boxes.isEmpty()) {
         const int at = m_boxes.indexOf(currentBox());
         const int to = at < 0 ? (next ? 0 : m_boxes.size() - 1) : at + (next ? 1 : -1);
         if (to >= 0 && to < m_boxes.size()) {
             setCurrentBox(m_boxes.at(to));
             return true;
         }
-        scene()->clearSelection();
+        // Leaving: the next visit starts again at the first (or, backwards, the last) box.
+        setCurrentBox(nullptr);
+        scene()->setFocusItem(nullptr);
     }
     return QGraphicsView::focusNextPrevChild(next);
 }

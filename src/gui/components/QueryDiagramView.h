@@ -53,10 +53,12 @@ signals:
 protected:
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     bool focusNextPrevChild(bool next) override;
+    bool event(QEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dragMoveEvent(QDragMoveEvent *event) override;
     void dropEvent(QDropEvent *event) override;
@@ -75,6 +77,7 @@ private:
     QPointF m_dropPos;
     bool m_hasDropPos = false;
     QList<QueryObjectBox *> m_boxes;
+    QueryObjectBox *m_currentBox = nullptr; // the box the keyboard acts on
     QList<QueryLinkLine *> m_lines;
     QVector<Link> m_links;
     // A link being dragged from a column.

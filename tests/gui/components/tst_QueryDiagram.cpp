@@ -195,7 +195,7 @@ void TestQueryDiagram::unionAndDerivedTablesGetTabs()
     QCOMPARE(f.boxNames(), QStringList{"customers"});
     // Edits in the sub-query's tab change the derived table.
     f.diagram->setColumnSelected(QStringLiteral("customers"), QStringLiteral("region"), true);
-    QCOMPARE(f.sql(), QStringLiteral("SELECT d.n FROM (SELECT name AS n, customers.region FROM customers) d"));
+    QCOMPARE(f.sql(), QStringLiteral("SELECT d.n FROM ( SELECT name AS n, customers.region FROM customers ) d"));
     QCOMPARE(f.diagram->currentTab(), 1);
     // When the derived table goes, so does its tab.
     f.engine.setSql(QStringLiteral("select name from customers"));
