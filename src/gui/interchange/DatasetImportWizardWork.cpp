@@ -74,12 +74,12 @@ void TDatasetImportWizardFrm::SourceIsTableOrSqlPNextButtonClick()
     const QString chosen = cbSheet->currentText();
     m_sheetName = SheetImport::sheetNameOf(chosen);
     const int index = m_workbook->sheetIndex(m_sheetName);
+    dropSheet();
+    m_sheetIndex = index;
     if (index < 0) {
         UserMessages::error(this, QStringLiteral("Wrong selection: ") + chosen);
         return;
     }
-    dropSheet();
-    m_sheetIndex = index;
     showPage(ReadyPage);
     setWork(Work::Reading);
     // The rows are not known before the sheet is read: the bar shows that work is under way.
