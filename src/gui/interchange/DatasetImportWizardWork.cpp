@@ -170,7 +170,7 @@ void TDatasetImportWizardFrm::importRow(int sheetRow)
             self->pb->setValue(sheetRow);
             // The next row starts from the event loop, so a long run of rows that fail at once
             // does not nest one call in the other.
-            QTimer::singleShot(0, self, [self, sheetRow] {
+            QTimer::singleShot(0, self.data(), [self, sheetRow] {
                 if (self)
                     self->importRow(sheetRow + 1);
             });
