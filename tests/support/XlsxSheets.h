@@ -1,7 +1,8 @@
 #pragma once
-#include "PythonReader.h"
+#include "PythonWriter.h"
 
 #include <QJsonArray>
+#include <QJsonDocument>
 #include <QJsonObject>
 #include <QString>
 
@@ -10,7 +11,7 @@
 // boolean or null (an empty cell); {"date": "yyyy-mm-dd"} writes a date. True when written.
 inline bool writeXlsxSheets(const QString &file, const QJsonArray &sheets)
 {
-    const QJsonDocument done = runPythonReader(
+    return runPythonWriter(
         QStringLiteral("import json, sys, datetime, openpyxl\n"
                        "book = openpyxl.Workbook(); book.remove(book.active)\n"
                        "for s in json.loads(sys.argv[2]):\n"
@@ -20,10 +21,8 @@ inline bool writeXlsxSheets(const QString &file, const QJsonArray &sheets)
                        "            if v is None: continue\n"
                        "            if isinstance(v, dict): v = datetime.date.fromisoformat(v['date'])\n"
                        "            sheet.cell(row=r, column=c, value=v)\n"
-                       "book.save(sys.argv[1])\n"
-                       "print('[true]')\n"),
+                       "book.save(sys.argv[1])\n"),
         {file, QString::fromUtf8(QJsonDocument(sheets).toJson(QJsonDocument::Compact))});
-    return !done.isNull();
 }
 
 inline QJsonObject xlsxSheet(const QString &name, const QJsonArray &rows)
