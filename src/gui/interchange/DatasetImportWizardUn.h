@@ -70,17 +70,15 @@ public slots:
     void toLastClick();
     void finishClick();
     void helpClick();
+    // Cancel, Esc and closing the window: a read stops and the wizard closes; an import stops
+    // after the row under way and the wizard stays to show what arrived.
+    void reject() override;
 
 signals:
     // The wizard has finished a step that ran off the window's thread or over the database.
     void workbookOpened();
     void sheetRead();
     void importFinished();
-
-protected:
-    // Cancel, Esc and closing the window: a read stops and the wizard closes; an import stops
-    // after the row under way and the wizard stays to show what arrived.
-    void reject() override;
 
 private:
     enum class Work { None, Opening, Reading, Importing };
