@@ -9,6 +9,7 @@
 #include "gui/interchange/SheetPreviewModel.h"
 
 #include <QComboBox>
+#include <QFontMetrics>
 #include <QFrame>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -21,6 +22,8 @@
 #include <QTableView>
 #include <QTimer>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace {
 
@@ -59,9 +62,16 @@ TDatasetImportWizardFrm::TDatasetImportWizardFrm(DatasetImportTarget *target, QW
     RouteMapSteps->setFocusPolicy(Qt::NoFocus);
     // The route map shows where the user is; it is not a way to jump between pages.
     RouteMapSteps->viewport()->setAttribute(Qt::WA_TransparentForMouseEvents);
-    RouteMapSteps->setFixedWidth(170);
-    for (const PageText &page : kPages)
+    RouteMapSteps->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    // Wide enough for every step in bold, the current step's look.
+    QFont bold = RouteMapSteps->font();
+    bold.setBold(true);
+    int widest = 0;
+    for (const PageText &page : kPages) {
         RouteMapSteps->addItem(QString::fromLatin1(page.title));
+        widest = std::max(widest, QFontMetrics(bold).horizontalAdvance(QString::fromLatin1(page.title)));
+    }
+    RouteMapSteps->setFixedWidth(widest + 2 * RouteMapSteps->frameWidth() + 16);
 
     m_title = new QLabel(this);
     m_title->setObjectName(QStringLiteral("lbTitle"));
@@ -228,6 +238,11 @@ QWidget *TDatasetImportWizardFrm::makeReadyPage()
     gData->verticalHeader()->hide();
     gData->verticalHeader()->setDefaultSectionSize(gData->fontMetrics().height() + 6);
     gData->horizontalHeader()->setDefaultSectionSize(90);
+    // The title column holds row numbers only.
+    connect(m_preview, &QAbstractItemModel::modelReset, gData, [this] {
+        if (m_preview->columnCount() > 0)
+            gData->setColumnWidth(0, 50);
+    });
     gData->setEditTriggers(QAbstractItemView::NoEditTriggers);
     gData->setWordWrap(false);
     auto *progress = new QHBoxLayout;
