@@ -238,10 +238,12 @@ QWidget *TDatasetImportWizardFrm::makeReadyPage()
     gData->verticalHeader()->hide();
     gData->verticalHeader()->setDefaultSectionSize(gData->fontMetrics().height() + 6);
     gData->horizontalHeader()->setDefaultSectionSize(90);
-    // The title column holds row numbers only.
+    // The title column holds row numbers only; the status column has room for a database's error.
     connect(m_preview, &QAbstractItemModel::modelReset, gData, [this] {
-        if (m_preview->columnCount() > 0)
+        if (m_preview->columnCount() > 0) {
             gData->setColumnWidth(0, 50);
+            gData->setColumnWidth(m_preview->columnCount() - 1, 320);
+        }
     });
     gData->setEditTriggers(QAbstractItemView::NoEditTriggers);
     gData->setWordWrap(false);

@@ -16,6 +16,7 @@
 #include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QTableView>
 #include <QTimer>
 
 #include <algorithm>
@@ -168,6 +169,8 @@ void TDatasetImportWizardFrm::importRow(int sheetRow)
                 self->m_preview->setStatus(sheetRow, error);
             }
             self->pb->setValue(sheetRow);
+            // The row's outcome stays in sight as the import moves down the sheet.
+            self->gData->scrollTo(self->m_preview->index(sheetRow, self->m_preview->columnCount() - 1));
             // The next row starts from the event loop, so a long run of rows that fail at once
             // does not nest one call in the other.
             QTimer::singleShot(0, self.data(), [self, sheetRow] {
