@@ -12,7 +12,7 @@
 #include <cstdlib>
 
 // FreeXL loses a small block of its own on some damaged files even when the handle is closed
-// (seed leak-freexl.xls): a library leak of a few hundred bytes a file, not one of
+// (seed freexl-lost-block.xls): a library leak of a few hundred bytes a file, not one of
 // ours, so the leak checker leaves allocations made inside FreeXL out.
 extern "C" const char *__lsan_default_suppressions()
 {
