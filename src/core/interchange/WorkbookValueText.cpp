@@ -1,7 +1,6 @@
 #include "core/interchange/WorkbookValueText.h"
 
 #include <QDate>
-#include <QTime>
 
 #include <charconv>
 #include <cmath>
@@ -110,6 +109,47 @@ QString numberText(double value)
     return text;
 }
 
+namespace {
+
+// Writes value as digits zero-padded to width; ISO text is built by hand because it is made for
+// every date cell of a sheet and Qt's formatting goes through a general formatter.
+char *digits(char *out, int value, int width)
+{
+    for (int i = width - 1; i >= 0; --i, value /= 10)
+        out[i] = char('0' + value % 10);
+    return out + width;
+}
+
+QString isoDate(const QDate &date)
+{
+    char text[10];
+    char *p = digits(text, date.year(), 4);
+    *p++ = '-';
+    p = digits(p, date.month(), 2);
+    *p++ = '-';
+    digits(p, date.day(), 2);
+    return QString::fromLatin1(text, 10);
+}
+
+QString isoTime(qint64 msecs)
+{
+    char text[12];
+    const int ms = int(msecs % 1000);
+    const int seconds = int(msecs / 1000);
+    char *p = digits(text, seconds / 3600, 2);
+    *p++ = ':';
+    p = digits(p, seconds / 60 % 60, 2);
+    *p++ = ':';
+    p = digits(p, seconds % 60, 2);
+    if (ms) {
+        *p++ = '.';
+        p = digits(p, ms, 3);
+    }
+    return QString::fromLatin1(text, int(p - text));
+}
+
+} // namespace
+
 QString serialText(double serial, SerialKind kind, bool date1904)
 {
     // Beyond 9999-12-31 or before the epoch there is no calendar date to show.
@@ -118,20 +158,19 @@ QString serialText(double serial, SerialKind kind, bool date1904)
     qint64 msecs = qint64(std::llround(serial * 86400000.0));
     qint64 days = msecs / 86400000;
     msecs %= 86400000;
-    const QTime time = QTime::fromMSecsSinceStartOfDay(int(msecs));
-    const QString timeText = time.toString(time.msec() ? QStringLiteral("HH:mm:ss.zzz") : QStringLiteral("HH:mm:ss"));
+    const QString timeText = isoTime(msecs);
     if (kind == SerialKind::Time && days == 0)
         return timeText;
 
     QString dateText;
     if (date1904) {
-        dateText = QDate(1904, 1, 1).addDays(days).toString(Qt::ISODate);
+        dateText = isoDate(QDate(1904, 1, 1).addDays(days));
     } else if (days == 60) {
         // The 1900 system counts a 29 February 1900 that never was; it is shown as the system has it.
         dateText = QStringLiteral("1900-02-29");
     } else {
         // Days 1 to 59 run from 1900-01-01; from day 61 on the phantom leap day is skipped.
-        dateText = (days < 60 ? QDate(1899, 12, 31) : QDate(1899, 12, 30)).addDays(days).toString(Qt::ISODate);
+        dateText = isoDate((days < 60 ? QDate(1899, 12, 31) : QDate(1899, 12, 30)).addDays(days));
     }
     if (kind == SerialKind::Date && msecs == 0)
         return dateText;
