@@ -394,13 +394,13 @@ void QueryDiagram::tabMenu(const QPoint &pos)
             }
         }
         menu.addAction(QStringLiteral("Remove Union Part"), this, [this, tab] {
-            Query q = m_engine->query();
-            Query *owner = QueryDiagramEdits::queryAt(q, tab.steps);
-            if (!owner || tab.part >= owner->parts.size() || owner->parts.size() < 2)
+            Query edited = m_engine->query();
+            Query *parts = QueryDiagramEdits::queryAt(edited, tab.steps);
+            if (!parts || tab.part >= parts->parts.size() || parts->parts.size() < 2)
                 return;
-            owner->parts.remove(tab.part);
+            parts->parts.remove(tab.part);
             m_current.part = qMax(0, tab.part - 1);
-            m_engine->setQuery(q);
+            m_engine->setQuery(edited);
             rebuild();
         });
     }

@@ -115,9 +115,9 @@ QMimeData *QueryMetadataTree::mimeData(const QList<QTreeWidgetItem *> &items) co
             names << objectName(item);
     if (names.isEmpty())
         return nullptr;
-    auto *data = new QMimeData;
-    data->setData(mimeType(), names.join(QLatin1Char('\n')).toUtf8());
-    return data;
+    auto *mime = new QMimeData;
+    mime->setData(mimeType(), names.join(QLatin1Char('\n')).toUtf8());
+    return mime;
 }
 
 void QueryMetadataTree::keyPressEvent(QKeyEvent *event)

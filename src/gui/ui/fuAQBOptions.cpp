@@ -24,8 +24,9 @@ TfmAQBOptions::TfmAQBOptions(QueryDiagram *diagram, QueryEngine *engine, QWidget
     setWindowTitle(QStringLiteral("Query Builder Options"));
     setPlacementPath(QStringLiteral("Query Builder Options\\"));
     imageSquare()->parentWidget()->hide();
-    m_editFormat = [](SqlFormat &format, QWidget *parent) {
-        auto *editor = new TfmSQLBuilderOptions(&format, parent);
+    m_editFormat = [](SqlFormat &format, QWidget *owner) {
+        // The editor frees itself when closed.
+        auto *editor = new TfmSQLBuilderOptions(&format, owner);
         editor->exec();
     };
 
