@@ -42,8 +42,10 @@ QString name(const Server &server, const char *text)
 
 void createTables(const Server &server)
 {
+    const auto drop = qScopeGuard([] { QSqlDatabase::removeDatabase(QStringLiteral("qbw-setup")); });
     QSqlDatabase db = TestServers::openServer(QString::fromLatin1(server.name), QStringLiteral("qbw-setup"));
     QVERIFY(db.isOpen());
+    const auto close = qScopeGuard([&db] { db.close(); });
     QSqlQuery q(db);
     q.exec(QStringLiteral("DROP TABLE issue21a_qb_orders"));     // absent on a first run
     q.exec(QStringLiteral("DROP TABLE issue21a_qb_customers"));
@@ -56,8 +58,7 @@ void createTables(const Server &server)
                             "INSERT INTO issue21a_qb_orders VALUES (11, 1, 7)",
                             "INSERT INTO issue21a_qb_orders VALUES (12, 2, 9)"})
         QVERIFY2(q.exec(QString::fromLatin1(sql)), qPrintable(q.lastError().text()));
-    db.close();
-    QSqlDatabase::removeDatabase(QStringLiteral("qbw-setup"));
+    q.finish();
 }
 
 bool waitForMetadata(TfmAQBuilder *window)
