@@ -171,7 +171,9 @@ private slots:
             for (const char *sql :
                  {"CREATE TABLE customers (id INTEGER PRIMARY KEY, name TEXT)",
                   "CREATE TABLE orders (id INTEGER PRIMARY KEY, customer_id INTEGER REFERENCES customers(id), amount INTEGER)",
+                  "CREATE TABLE items (id INTEGER PRIMARY KEY, order_id INTEGER REFERENCES orders(id), product TEXT)",
                   "INSERT INTO customers VALUES (1, 'Ann'), (2, 'Bob')",
+                  "INSERT INTO items VALUES (1, 10, 'pen'), (2, 10, 'ink'), (3, 12, 'pad')",
                   "INSERT INTO orders VALUES (10, 1, 5), (11, 1, 7), (12, 2, 9)"})
                 QVERIFY2(q.exec(QString::fromLatin1(sql)), qPrintable(q.lastError().text()));
         }
@@ -385,6 +387,50 @@ private slots:
         QCOMPARE(rows->rowCount(), 2);
     }
 
+    // Three tables added one after the other join along their foreign keys; a second union part
+    // gets a tab of its own, and the preview runs the whole statement.
+    void threeTableJoinWithAUnionRunsInThePreview()
+    {
+        Messages messages;
+        auto window = openOnDatabase();
+        window->resize(1280, 860);
+        showFocused(window.get());
+        QueryDiagram *diagram = window->diagram();
+        diagram->addObject(QStringLiteral("customers"));
+        diagram->addObject(QStringLiteral("orders"));
+        diagram->addObject(QStringLiteral("items"));
+        diagram->setColumnSelected(QStringLiteral("customers"), QStringLiteral("name"), true);
+        diagram->setColumnSelected(QStringLiteral("items"), QStringLiteral("product"), true);
+        diagram->addUnionPart();
+        diagram->addObject(QStringLiteral("customers"));
+        diagram->setColumnSelected(QStringLiteral("customers"), QStringLiteral("name"), true);
+        diagram->setColumnSelected(QStringLiteral("customers"), QStringLiteral("id"), true);
+        diagram->addObject(QStringLiteral("orders"));
+        diagram->removeObject(QStringLiteral("orders"));
+        QCOMPARE(diagram->tabCount(), 2);
+        diagram->setCurrentTab(0);
+
+        const QString sql = window->sqlText().simplified();
+        QCOMPARE(sql.count(QLatin1String(" JOIN ")), 2);
+        QVERIFY2(sql.contains(QLatin1String("ON orders.customer_id = customers.id"))
+                     || sql.contains(QLatin1String("ON customers.id = orders.customer_id")),
+                 qPrintable(sql));
+        QVERIFY2(sql.contains(QLatin1String(" UNION SELECT customers.name, customers.id FROM customers")), qPrintable(sql));
+        const QString screenshots = qEnvironmentVariable("VANTRY_SCREENSHOT_DIR");
+        if (!screenshots.isEmpty()) {
+            QTest::qWait(100); // let the tab row lay itself out again
+            QVERIFY(window->grab().save(screenshots + QStringLiteral("/qb-join.png")));
+        }
+
+        window->findChild<QTabWidget *>(QStringLiteral("PC"))->setCurrentIndex(1);
+        QTRY_VERIFY2_WITH_TIMEOUT(window->isDataOpen() || !messages.errors.isEmpty(),
+                                  qPrintable(window->findChild<QLabel *>(QStringLiteral("lbPreviewState"))->text() + sql),
+                                  10000);
+        QVERIFY2(messages.errors.isEmpty(), qPrintable(messages.errors.join('\n')));
+        // pen, ink and pad with their customers, then each customer with their id.
+        QCOMPARE(window->dataPanel()->query().table()->rowCount(), 5);
+    }
+
     // A statement that is not a SELECT puts the engine to sleep: no preview, the message keeps its
     // two blanks, and a query built meanwhile replaces the text only when the user agrees.
     void sleepingEngineRefusesPreviewAndAsksBeforeWaking()
@@ -469,6 +515,14 @@ private slots:
         QCOMPARE(dialog.findChild<QComboBox *>(QStringLiteral("cbGroupingType"))->count(), 9);
         QCOMPARE(dialog.findChild<QComboBox *>(QStringLiteral("cbLinkPainter"))->itemText(2),
                  QStringLiteral("SQL Server Enterpise Manager style"));
+        const QString screenshots = qEnvironmentVariable("VANTRY_SCREENSHOT_DIR");
+        if (!screenshots.isEmpty()) {
+            dialog.findChild<QTabWidget *>(QStringLiteral("pcOptions"))->setCurrentIndex(1);
+            dialog.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+            QVERIFY(dialog.grab().save(screenshots + QStringLiteral("/qb-options.png")));
+            dialog.hide();
+        }
 
         TfmAQBuilder window(TReaderConnection{}, 40, {});
         auto *options = new TfmAQBOptions(window.diagram(), window.engine(), &window);

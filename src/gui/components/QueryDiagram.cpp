@@ -130,13 +130,34 @@ void QueryDiagram::layoutPanes()
     m_metadataTree->setVisible(m_options.showMetadataTreePane);
     m_treePane->setVisible(m_options.showTreePane);
     m_columns->setVisible(m_options.showColumnsPane);
-    const int side = qBound(1, m_options.splitHorizontal, 4);
-    m_horizontal->setSizes({side * 200, 1000, side * 200});
-    const int below = qBound(1, m_options.splitVertical, 4);
-    m_vertical->setSizes({1000, below * 250});
+    if (m_sized)
+        sizePanes();
     const int icon = m_options.addObjectStyle == 0 ? 24 : m_options.addObjectStyle == 1 ? 16 : 0;
     m_metadataTree->setIconSize(QSize(icon, icon));
     m_tabBar->setShape(m_options.tabStyle == 1 ? QTabBar::TriangularNorth : QTabBar::RoundedNorth);
+}
+
+void QueryDiagram::sizePanes()
+{
+    // Each step of a split option gives a side pane a sixth of the width (the columns pane a
+    // fifth of the height), up to four steps.
+    const int width = qMax(m_horizontal->width(), 600);
+    const int side = qBound(1, m_options.splitHorizontal, 4) * width / 6;
+    m_horizontal->setSizes({side, qMax(width - 2 * side, width / 3), side});
+    const int height = qMax(m_vertical->height(), 400);
+    const int below = qBound(1, m_options.splitVertical, 4) * height / 5;
+    m_vertical->setSizes({height - below, below});
+}
+
+void QueryDiagram::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    // Splitter sizes given before the first show are spread by the panes' size hints; now the
+    // panes have their real size.
+    if (!m_sized) {
+        m_sized = true;
+        sizePanes();
+    }
 }
 
 void QueryDiagram::setTreePaneVisible(bool visible)

@@ -57,6 +57,9 @@ public:
 signals:
     void treePaneVisibilityChanged(bool visible);
 
+protected:
+    void showEvent(QShowEvent *event) override;
+
 private:
     struct Tab
     {
@@ -70,6 +73,8 @@ private:
     void openLinkDialog(const QString &owner, const QString &column);
     void tabMenu(const QPoint &pos);
     void layoutPanes();
+    // The splitters' shares from the options, over the sizes the panes have now.
+    void sizePanes();
     QString subqueryTitle(Query &root, const QVector<int> &steps) const;
 
     QueryEngine *m_engine;
@@ -85,4 +90,5 @@ private:
     QToolButton *m_addUnion = nullptr;
     QueryDiagramView *m_view = nullptr;
     QueryColumnsPane *m_columns = nullptr;
+    bool m_sized = false; // the panes got their shares at the first show
 };

@@ -32,6 +32,8 @@ TfmAQBOptions::TfmAQBOptions(QueryDiagram *diagram, QueryEngine *engine, QWidget
 
     auto *pages = new QTabWidget(TabSheet1());
     pages->setObjectName(QStringLiteral("pcOptions"));
+    // The dialog has a fixed size: it is made wide enough to show every page's tab.
+    pages->setUsesScrollButtons(false);
     auto *outer = new QVBoxLayout(TabSheet1());
     outer->setContentsMargins(8, 8, 8, 0);
     outer->addWidget(pages);

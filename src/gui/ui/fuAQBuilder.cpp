@@ -181,6 +181,9 @@ void TfmAQBuilder::buildQueryPage(QWidget *page)
     split->addWidget(pnlBottom);
     split->setStretchFactor(0, 3);
     split->setStretchFactor(1, 1);
+    // Before the first show the splitter shares by the size hints, which leave the text pane a
+    // few lines: start it at a quarter of the page.
+    split->setSizes({750, 250});
     split->setChildrenCollapsible(false);
     auto *layout = new QVBoxLayout(page);
     layout->setContentsMargins(0, 0, 0, 0);
