@@ -429,6 +429,8 @@ private slots:
         QVERIFY2(messages.errors.isEmpty(), qPrintable(messages.errors.join('\n')));
         // pen, ink and pad with their customers, then each customer with their id.
         QCOMPARE(window->dataPanel()->query().table()->rowCount(), 5);
+        if (!screenshots.isEmpty())
+            QVERIFY(window->grab().save(screenshots + QStringLiteral("/qb-data.png")));
     }
 
     // A statement that is not a SELECT puts the engine to sleep: no preview, the message keeps its
