@@ -563,6 +563,13 @@ private slots:
         QVERIFY(having->isChecked());
         QVERIFY(!editor->findChild<QCheckBox *>(QStringLiteral("cbHavingNested"))->isChecked());
         QVERIFY(!editor->findChild<QSpinBox *>(QStringLiteral("seHavingIndent"))->isEnabled());
+        const QString screenshots = qEnvironmentVariable("VANTRY_SCREENSHOT_DIR");
+        if (!screenshots.isEmpty()) {
+            editor->show();
+            QVERIFY(QTest::qWaitForWindowExposed(editor));
+            QVERIFY(editor->grab().save(screenshots + QStringLiteral("/qb-format.png")));
+            editor->hide();
+        }
         where->click();
         QVERIFY(!nested->isChecked() && !nested->isEnabled() && !indent->isEnabled());
         where->click();
