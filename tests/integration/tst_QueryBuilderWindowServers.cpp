@@ -15,6 +15,8 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QElapsedTimer>
+#include <QLabel>
 #include <QScopeGuard>
 #include <QSignalSpy>
 #include <QSqlQuery>
@@ -125,6 +127,45 @@ private slots:
         }
         seen.sort();
         QCOMPARE(seen, (QStringList{QStringLiteral("5 Ann"), QStringLiteral("7 Ann"), QStringLiteral("9 Bob")}));
+    }
+
+    // The preview runs off the window's thread: a slow statement keeps the window responsive,
+    // Cancel on the page's toolbar stops it, and the workspace's row limit caps what is shown.
+    void previewIsCancelledAndLimited()
+    {
+        QStringList errors;
+        UserMessages::setHandler([&errors](UserMessages::Kind, const QString &text) { errors << text; });
+        const auto restore = qScopeGuard([] { UserMessages::setHandler({}); });
+        const TReaderConnection record = TestServers::postgres();
+        TfmAQBuilder::Services services;
+        services.runOptions.batchRows = 7;
+        services.runOptions.capAtFirstBatch = true;
+        TfmAQBuilder window(record, QueryBuilderSource::dialectCode(record), services);
+        QVERIFY2(waitForMetadata(&window), qPrintable(errors.join('\n')));
+        auto *pages = window.findChild<QTabWidget *>(QStringLiteral("PC"));
+
+        window.setSqlText(QStringLiteral("SELECT pg_sleep(60)"));
+        QElapsedTimer clock;
+        clock.start();
+        pages->setCurrentIndex(1);
+        QVERIFY(clock.elapsed() < 1000); // switching pages did not wait for the statement
+        QTRY_VERIFY(window.previewService()->isBusy());
+        auto *cancel = window.findChild<QAction *>(QStringLiteral("tbCancelPreview"));
+        QTRY_VERIFY(cancel->isEnabled());
+        cancel->trigger();
+        QTRY_VERIFY_WITH_TIMEOUT(!window.previewService()->isBusy(), 10000);
+        QVERIFY(clock.elapsed() < 20000);
+        QVERIFY(!window.isDataOpen());
+        QVERIFY(!cancel->isEnabled());
+        QVERIFY2(errors.isEmpty(), qPrintable(errors.join('\n'))); // the user's own cancel is no error
+        QVERIFY(window.findChild<QLabel *>(QStringLiteral("lbPreviewState"))->text().contains(QLatin1String("Cancel")));
+
+        pages->setCurrentIndex(0);
+        window.setSqlText(QStringLiteral("SELECT g.n FROM generate_series(1, 50) g(n)"));
+        pages->setCurrentIndex(1);
+        QTRY_VERIFY_WITH_TIMEOUT(window.isDataOpen() || !errors.isEmpty(), 20000);
+        QVERIFY2(errors.isEmpty(), qPrintable(errors.join('\n')));
+        QCOMPARE(window.dataPanel()->query().table()->rowCount(), 7);
     }
 
     // F7 opens the builder on the tab's connection and editor text; OK puts the text back.

@@ -132,6 +132,8 @@ private:
     bool m_textModified = false;  // the pane changed since it was last given to the engine
     bool m_queryChanged = false;  // the text or the diagram changed
     bool m_dataOpen = false;      // a preview result is open
+    int m_cancelledOutcomes = 0;  // outcomes still to come of previews the user stopped
+    QString m_statusOverride;     // what the page shows for the next status of the run service
     bool m_changeGuard = false;   // cbSyntaxProviderChange runs
     bool m_settingPane = false;   // the window itself writes the pane: not the user's edit
     bool m_exiting = false;       // editSQLExit runs (its error box takes the focus again)

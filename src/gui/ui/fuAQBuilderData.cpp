@@ -68,9 +68,20 @@ void TfmAQBuilder::connectPreview()
         m_data->fetchingStopped();
         lbPreviewState->setText(reason);
     });
-    connect(m_run, &RunService::statusChanged, lbPreviewState, &QLabel::setText);
-    // A statement that fails reports on the page and in the error box, as a dialog's errors do.
+    connect(m_run, &RunService::statusChanged, this, [this](const QString &status) {
+        lbPreviewState->setText(m_statusOverride.isEmpty() ? status : m_statusOverride);
+        m_statusOverride.clear();
+    });
+    // A statement that fails reports on the page and in the error box, as a dialog's errors do;
+    // one the user cancelled only says so on the page. Every run logs one outcome, and a cancelled
+    // run's may come after the next run started.
     connect(m_run, &RunService::messageLogged, this, [this](const QString &message, int level) {
+        if (m_cancelledOutcomes > 0) {
+            --m_cancelledOutcomes;
+            if (level >= 2) // the status that follows the outcome says why instead of "Error"
+                m_statusOverride = QStringLiteral("Cancelled by the user");
+            return;
+        }
         if (level < 2)
             return;
         lbPreviewState->setText(QStringLiteral("Error"));
@@ -81,6 +92,8 @@ void TfmAQBuilder::connectPreview()
     });
     connect(m_run, &RunService::busyChanged, this, [this](bool busy) {
         findChild<QAction *>(QStringLiteral("tbCancelPreview"))->setEnabled(busy);
+        if (!busy)
+            m_cancelledOutcomes = 0; // every run has ended: no outcome is still to come
     });
 }
 
@@ -125,7 +138,7 @@ void TfmAQBuilder::openPreview()
 void TfmAQBuilder::closePreview()
 {
     if (m_run->isBusy())
-        m_run->cancel();
+        tbCancelPreviewClick();
     m_data->closeResult();
     m_dataOpen = false;
 }
@@ -147,4 +160,10 @@ void TfmAQBuilder::tbFindClick() { m_data->Find1Click(); }
 void TfmAQBuilder::tbPrintClick() { m_data->Print1Click(); }
 void TfmAQBuilder::tbPreviewClick() { m_data->MenuItem4Click(); }
 void TfmAQBuilder::tbOWClick() { m_data->tbOptimizeWidthClick(); }
-void TfmAQBuilder::tbCancelPreviewClick() { m_run->cancel(); }
+void TfmAQBuilder::tbCancelPreviewClick()
+{
+    if (!m_run->isBusy())
+        return;
+    m_cancelledOutcomes = 1; // one run at a time: the one under way
+    m_run->cancel();
+}
