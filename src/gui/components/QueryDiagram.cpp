@@ -139,11 +139,13 @@ void QueryDiagram::layoutPanes()
 
 void QueryDiagram::sizePanes()
 {
-    // Each step of a split option gives a side pane a sixth of the width (the columns pane a
-    // fifth of the height), up to four steps.
+    // Each step of a split option gives the metadata tree a sixth of the width and the query
+    // tree, with its deeper nodes, a fifth (the columns pane a fifth of the height), up to four
+    // steps.
     const int width = qMax(m_horizontal->width(), 600);
-    const int side = qBound(1, m_options.splitHorizontal, 4) * width / 6;
-    m_horizontal->setSizes({side, qMax(width - 2 * side, width / 3), side});
+    const int steps = qBound(1, m_options.splitHorizontal, 4);
+    const int left = steps * width / 6, right = steps * width / 5;
+    m_horizontal->setSizes({left, qMax(width - left - right, width / 3), right});
     const int height = qMax(m_vertical->height(), 400);
     const int below = qBound(1, m_options.splitVertical, 4) * height / 5;
     m_vertical->setSizes({height - below, below});
@@ -166,6 +168,9 @@ void QueryDiagram::setTreePaneVisible(bool visible)
         return;
     m_options.showTreePane = visible;
     m_treePane->setVisible(visible);
+    // A pane hidden at the first show had no share yet.
+    if (visible && m_sized)
+        sizePanes();
     emit treePaneVisibilityChanged(visible);
 }
 
