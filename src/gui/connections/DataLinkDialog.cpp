@@ -199,3 +199,9 @@ void DataLinkDialog::saveDataLink(QString path)
         UserMessages::error(this, e.message());
     }
 }
+
+void DataLinkDialog::OKBtnClick()
+{
+    TDefDlgFrm::OKBtnClick();
+    setPendingResult(QDialog::Accepted);
+}

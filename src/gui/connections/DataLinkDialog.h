@@ -42,6 +42,8 @@ signals:
     void dataLinkSaved(const QString &path);
 
 public slots:
+    // Enter confirms the dialog as the OK button does.
+    void OKBtnClick() override;
     void ProviderCbChange();
     void DataSourceBtnClick();
     void ExtendedPropertiesBtnClick();

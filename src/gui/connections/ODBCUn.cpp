@@ -167,3 +167,9 @@ bool EditConnectionString(OleDbConnection &connection, QWidget *parent)
     connection.ConnectionString = edited;
     return true;
 }
+
+void TConnEditForm::OKBtnClick()
+{
+    TDefDlgFrm::OKBtnClick();
+    setPendingResult(QDialog::Accepted);
+}

@@ -42,6 +42,8 @@ public:
     QPushButton *HelpButton;
 
 public slots:
+    // Enter confirms the dialog as the OK button does.
+    void OKBtnClick() override;
     void SourceButtonClick();
     void BrowseClick();
     void BuildClick();

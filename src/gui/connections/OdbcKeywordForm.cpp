@@ -133,6 +133,7 @@ void OdbcKeywordForm::OKBtnClick()
             [text, driver] { return OdbcConnectionBuilder::complete(text, driver); });
         if (completed) {
             m_completed = *completed;
+            setPendingResult(QDialog::Accepted); // Enter closes the form as OK does
             return;
         }
     } catch (const VantryError &e) {
