@@ -46,8 +46,8 @@ private slots:
         const QString text = QStringLiteral("Provider=MSDASQL.1;Extended Properties=\"DSN=Verkäufe\"");
         DataLinkFile::write(path, text);
         const QByteArray bytes = bytesOf(path);
-        QVERIFY(bytes.startsWith("\xFF\xFE[\0o\0l\0e\0d\0b\0]\0\r\0\n\0"));
-        QVERIFY(bytes.endsWith(QStringEncoder(QStringConverter::Utf16LE).encode(text + "\r\n")));
+        QVERIFY(bytes.startsWith(QByteArray("\xFF\xFE[\0o\0l\0e\0d\0b\0]\0\r\0\n\0", 20)));
+        QVERIFY(bytes.endsWith(QByteArray(QStringEncoder(QStringConverter::Utf16LE).encode(text + "\r\n"))));
         QCOMPARE(DataLinkFile::read(path), text);
         QCOMPARE(DataLinkFile::fileNames(), QStringList({"Sales.udl"}));
         QVERIFY(errorOf([] { DataLinkFile::read("/no/such/dir/a.udl"); })
