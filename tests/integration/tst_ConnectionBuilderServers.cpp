@@ -248,7 +248,8 @@ private slots:
                     },
                     30000);
                 builder.DriversLb->setCurrentItem(items.first());
-                QTest::qWaitFor([&] { return builder.ConnectionMemo->toPlainText().startsWith("DRIVER="); }, 30000);
+                if (!QTest::qWaitFor([&] { return builder.ConnectionMemo->toPlainText().startsWith("DRIVER="); }, 30000))
+                    qWarning("the builder's memo got no string");
                 QTest::mouseClick(builder.okButton(), Qt::LeftButton);
             },
             30000);

@@ -18,14 +18,16 @@ DriverKeywords keywordsFor(const QString &driverName)
         Odbc::Connection dbc(env);
         bool needsData = false;
         const QString answer = dbc.browseConnect(driverString(driverName), &needsData);
-        const QVector<OdbcKeyword> asked = needsData ? OdbcKeywords::fromBrowseResult(answer) : QVector<OdbcKeyword>();
+        if (!needsData)
+            return {{}, KeywordSource::Driver, OdbcKeywords::tidyCompleted(answer, driverName)};
+        const QVector<OdbcKeyword> asked = OdbcKeywords::fromBrowseResult(answer);
         if (!asked.isEmpty())
-            return {asked, KeywordSource::Driver};
+            return {asked, KeywordSource::Driver, QString()};
     } catch (const VantryError &) {
         // Most drivers don't browse ("not supported"): the table below stands in for them.
     }
     const QString library = OdbcInstIni::driverEntry(driverName).value(QStringLiteral("Driver"));
-    return {OdbcKeywords::commonKeywords(driverName, library), KeywordSource::CommonTable};
+    return {OdbcKeywords::commonKeywords(driverName, library), KeywordSource::CommonTable, QString()};
 }
 
 QString complete(const QString &connectionString, const QString &driverName, int loginTimeoutSeconds)

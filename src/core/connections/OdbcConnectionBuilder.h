@@ -14,13 +14,16 @@ struct DriverKeywords
 {
     QVector<OdbcKeyword> keywords;
     KeywordSource source = KeywordSource::CommonTable;
+    // Set when the driver completed driverString() by itself (it browsed and connected at once):
+    // there is nothing left to ask, and this is the string for the memo.
+    QString completed;
 };
 
 // The input string for a driver: "DRIVER={" description "}".
 QString driverString(const QString &driverName);
 
 // The keywords of a driver: what SQLBrowseConnect on driverString() asks for where the driver
-// supports it, else the common keywords of its family (found by its name, then by the library
+// supports it (or the completed string, when it needs nothing more), else the common keywords of its family (found by its name, then by the library
 // of its odbcinst.ini entry). Throws VantryError only when the driver manager can't be set up.
 DriverKeywords keywordsFor(const QString &driverName);
 

@@ -107,9 +107,10 @@ DataLinkDialog::DataLinkDialog(QWidget *parent)
 
 QString DataLinkDialog::Execute(const QString &current, QWidget *parent)
 {
-    auto *dialog = new DataLinkDialog(parent);
-    dialog->setConnectionString(current);
-    return dialog->exec() == QDialog::Accepted ? dialog->connectionString() : current;
+    DataLinkDialog dialog(parent);
+    dialog.setFreeOnClose(false);
+    dialog.setConnectionString(current);
+    return dialog.exec() == QDialog::Accepted ? dialog.connectionString() : current;
 }
 
 void DataLinkDialog::setConnectionString(const QString &connectionString)

@@ -60,10 +60,11 @@ TODBCDlgFrm::TODBCDlgFrm(QWidget *parent)
 
 QString TODBCDlgFrm::Execute(const QString &current, QWidget *parent)
 {
-    auto *dialog = new TODBCDlgFrm(parent);
-    dialog->ConnectionMemo->setPlainText(current);
-    // The dialog frees itself after closing, once the event loop runs again.
-    return dialog->exec() == QDialog::Accepted ? dialog->ConnectionMemo->toPlainText() : current;
+    // Kept until the memo has been read: a dialog that frees itself is gone when exec() returns.
+    TODBCDlgFrm dialog(parent);
+    dialog.setFreeOnClose(false);
+    dialog.ConnectionMemo->setPlainText(current);
+    return dialog.exec() == QDialog::Accepted ? dialog.ConnectionMemo->toPlainText() : current;
 }
 
 void TODBCDlgFrm::showEvent(QShowEvent *event)
@@ -119,10 +120,15 @@ void TODBCDlgFrm::DriversLbChange()
                 [driver] { return OdbcConnectionBuilder::keywordsFor(driver); });
         if (!keywords)
             return;
-        auto *form = new OdbcKeywordForm(driver, *keywords, ConnectionMemo->toPlainText(), this);
+        if (!keywords->completed.isEmpty()) {
+            ConnectionMemo->setPlainText(keywords->completed);
+            return;
+        }
+        OdbcKeywordForm form(driver, *keywords, ConnectionMemo->toPlainText(), this);
+        form.setFreeOnClose(false);
         // The memo changes only when the driver accepted the string; it keeps its text otherwise.
-        if (form->exec() == QDialog::Accepted)
-            ConnectionMemo->setPlainText(form->completedString());
+        if (form.exec() == QDialog::Accepted)
+            ConnectionMemo->setPlainText(form.completedString());
     } catch (const VantryError &e) {
         UserMessages::error(this, e.message());
     }

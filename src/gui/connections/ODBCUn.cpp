@@ -25,9 +25,11 @@ W *named(W *widget, const char *name)
 // A box that can't be used shows the face colour of buttons; one that can, the window colour.
 void paintBox(QWidget *box, bool enabled)
 {
+    // The colours come from the group around the box: the box's own palette holds the last paint.
+    const QPalette &around = box->parentWidget()->palette();
     QPalette palette = box->palette();
-    palette.setColor(QPalette::Base, box->palette().color(enabled ? QPalette::Active : QPalette::Disabled,
-                                                          enabled ? QPalette::Base : QPalette::Button));
+    palette.setColor(QPalette::Base, enabled ? around.color(QPalette::Active, QPalette::Base)
+                                             : around.color(QPalette::Disabled, QPalette::Button));
     box->setPalette(palette);
     box->setEnabled(enabled);
 }
@@ -137,11 +139,12 @@ void TConnEditForm::BrowseClick()
 
 void TConnEditForm::BuildClick()
 {
-    auto *dialog = new DataLinkDialog(this);
-    dialog->setConnectionString(ConnectionString->text());
-    connect(dialog, &DataLinkDialog::dataLinkSaved, this, &TConnEditForm::refreshDataLinkFiles);
-    if (dialog->exec() == QDialog::Accepted)
-        ConnectionString->setText(dialog->connectionString());
+    DataLinkDialog dialog(this);
+    dialog.setFreeOnClose(false);
+    dialog.setConnectionString(ConnectionString->text());
+    connect(&dialog, &DataLinkDialog::dataLinkSaved, this, &TConnEditForm::refreshDataLinkFiles);
+    if (dialog.exec() == QDialog::Accepted)
+        ConnectionString->setText(dialog.connectionString());
 }
 
 void TConnEditForm::HelpButtonClick()
@@ -156,12 +159,14 @@ void TConnEditForm::HelpButtonClick()
 
 bool EditConnectionString(OleDbConnection &connection, QWidget *parent)
 {
-    auto *form = new TConnEditForm(parent);
-    form->setWindowTitle(connection.name + QStringLiteral(".ConnectionString"));
-    form->Edit(connection.ConnectionString);
-    if (form->exec() != QDialog::Accepted)
+    // Kept until its result has been read: a dialog that frees itself is gone when exec() returns.
+    TConnEditForm form(parent);
+    form.setFreeOnClose(false);
+    form.setWindowTitle(connection.name + QStringLiteral(".ConnectionString"));
+    form.Edit(connection.ConnectionString);
+    if (form.exec() != QDialog::Accepted)
         return false;
-    const QString edited = form->result();
+    const QString edited = form.result();
     if (edited == connection.ConnectionString)
         return false;
     connection.ConnectionString = edited;

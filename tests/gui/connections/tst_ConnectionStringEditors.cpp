@@ -9,6 +9,7 @@
 #include "gui/connections/DataLinkDialog.h"
 #include "gui/connections/ODBCDlgUn.h"
 #include "gui/connections/ODBCUn.h"
+#include "gui/connections/ServerComboBox.h"
 
 #include <QComboBox>
 #include <QDir>
@@ -24,6 +25,12 @@
 namespace {
 
 QColor baseOf(const QWidget *w) { return w->palette().color(QPalette::Base); }
+
+// A radio button takes clicks on its circle and caption only, not on the rest of its row.
+void clickRadio(QRadioButton *button)
+{
+    QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(6, button->height() / 2));
+}
 
 } // namespace
 
@@ -76,14 +83,14 @@ private slots:
         const QColor window = form.palette().color(QPalette::Active, QPalette::Base);
         const QColor face = form.palette().color(QPalette::Disabled, QPalette::Button);
 
-        QTest::mouseClick(form.DataLinkButton, Qt::LeftButton);
+        clickRadio(form.DataLinkButton);
         QVERIFY(form.DataLinkFile->isEnabled() && form.Browse->isEnabled());
         QVERIFY(!form.ConnectionString->isEnabled() && !form.Build->isEnabled());
         QCOMPARE(baseOf(form.DataLinkFile), window);
         QCOMPARE(baseOf(form.ConnectionString), face);
         QVERIFY(form.DataLinkFile->hasFocus());
 
-        QTest::mouseClick(form.ConnectionStringButton, Qt::LeftButton);
+        clickRadio(form.ConnectionStringButton);
         QVERIFY(!form.DataLinkFile->isEnabled() && !form.Browse->isEnabled());
         QVERIFY(form.ConnectionString->isEnabled() && form.Build->isEnabled());
         QCOMPARE(baseOf(form.ConnectionString), window);
@@ -110,7 +117,7 @@ private slots:
         QVERIFY(!EditConnectionString(connection));
 
         whenModal<TConnEditForm>([](TConnEditForm &form) {
-            QTest::mouseClick(form.DataLinkButton, Qt::LeftButton);
+            clickRadio(form.DataLinkButton);
             form.DataLinkFile->setEditText("Sales.udl");
             QTest::mouseClick(form.okButton(), Qt::LeftButton);
         });
