@@ -27,9 +27,13 @@ void paintBox(QWidget *box, bool enabled)
 {
     // The colours come from the group around the box: the box's own palette holds the last paint.
     const QPalette &around = box->parentWidget()->palette();
+    const QColor colour = enabled ? around.color(QPalette::Active, QPalette::Base)
+                                  : around.color(QPalette::Disabled, QPalette::Button);
     QPalette palette = box->palette();
-    palette.setColor(QPalette::Base, enabled ? around.color(QPalette::Active, QPalette::Base)
-                                             : around.color(QPalette::Disabled, QPalette::Button));
+    palette.setColor(QPalette::Base, colour);
+    // The style paints an editable drop-down box in the button colour, edit field included.
+    if (qobject_cast<QComboBox *>(box))
+        palette.setColor(QPalette::Button, colour);
     box->setPalette(palette);
     box->setEnabled(enabled);
 }
@@ -103,6 +107,7 @@ void TConnEditForm::Edit(const QString &current)
     } else {
         ConnectionStringButton->setChecked(true);
         ConnectionString->setText(choice.text);
+        ConnectionString->setCursorPosition(0); // a long string shows its provider first
     }
     SourceButtonClick();
 }
@@ -143,8 +148,10 @@ void TConnEditForm::BuildClick()
     dialog.setFreeOnClose(false);
     dialog.setConnectionString(ConnectionString->text());
     connect(&dialog, &DataLinkDialog::dataLinkSaved, this, &TConnEditForm::refreshDataLinkFiles);
-    if (dialog.exec() == QDialog::Accepted)
+    if (dialog.exec() == QDialog::Accepted) {
         ConnectionString->setText(dialog.connectionString());
+        ConnectionString->setCursorPosition(0);
+    }
 }
 
 void TConnEditForm::HelpButtonClick()
