@@ -245,6 +245,14 @@ QString connectionString(const QString &driverName, const QVector<OdbcKeywordVal
     return text;
 }
 
+int firstMissing(const QVector<OdbcKeyword> &keywords, const QVector<OdbcKeywordValue> &values)
+{
+    for (int i = 0; i < keywords.size() && i < values.size(); ++i)
+        if (keywords.at(i).kind == Kind::File && !keywords.at(i).optional && values.at(i).value.trimmed().isEmpty())
+            return i;
+    return -1;
+}
+
 QString driverOf(const QString &connectionString)
 {
     return AdoToOdbc::value(AdoToOdbc::parse(connectionString), {QStringLiteral("DRIVER")}).trimmed();

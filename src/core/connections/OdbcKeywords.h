@@ -56,6 +56,11 @@ QString connectionString(const QString &driverName, const QVector<OdbcKeywordVal
 // to its value.
 QStringList pieces(const QString &connectionString);
 
+// The first keyword that must not be left empty but is: a file keyword that isn't optional (a
+// file driver given no file opens one named after the whole connection string, creating it in
+// the working folder). -1 when every such keyword has a value. `values` go with `keywords` by index.
+int firstMissing(const QVector<OdbcKeyword> &keywords, const QVector<OdbcKeywordValue> &values);
+
 // The driver named by a connection string's DRIVER keyword, braces removed; empty when none.
 QString driverOf(const QString &connectionString);
 

@@ -114,17 +114,32 @@ QString OdbcKeywordForm::valueOf(const QWidget *editor) const
     return QString();
 }
 
+QVector<OdbcKeywordValue> OdbcKeywordForm::values() const
+{
+    QVector<OdbcKeywordValue> typed;
+    for (int i = 0; i < m_keywords.size(); ++i)
+        typed << OdbcKeywordValue{m_keywords.at(i).name, valueOf(m_editors.at(i))};
+    return typed;
+}
+
 QString OdbcKeywordForm::connectionString() const
 {
-    QVector<OdbcKeywordValue> values;
-    for (int i = 0; i < m_keywords.size(); ++i)
-        values << OdbcKeywordValue{m_keywords.at(i).name, valueOf(m_editors.at(i))};
-    return OdbcKeywords::connectionString(m_driver, values, OtherKeywordsEdt->text());
+    return OdbcKeywords::connectionString(m_driver, values(), OtherKeywordsEdt->text());
 }
 
 void OdbcKeywordForm::OKBtnClick()
 {
     TDefDlgFrm::OKBtnClick();
+    const int missing = OdbcKeywords::firstMissing(m_keywords, values());
+    if (missing >= 0) {
+        QString name = m_keywords.at(missing).prompt;
+        if (name.endsWith(QLatin1Char(':')))
+            name.chop(1);
+        UserMessages::error(this, QStringLiteral("\"%1\" is empty: choose the file the driver is to open.").arg(name));
+        m_editors.at(missing)->setFocus();
+        setPendingResult(-1);
+        return;
+    }
     const QString text = connectionString();
     const QString driver = m_driver;
     try {

@@ -33,6 +33,7 @@ public slots:
 
 private:
     QString valueOf(const QWidget *editor) const;
+    QVector<OdbcKeywordValue> values() const;
 
     QString m_driver;
     QVector<OdbcKeyword> m_keywords;

@@ -109,6 +109,20 @@ private slots:
         QCOMPARE(others, QStringLiteral("OPTION=3;SOCKET=/tmp/s"));
     }
 
+    void aFileDriverIsNotAskedWithoutItsFile()
+    {
+        const auto sqlite = OdbcKeywords::commonKeywords(QStringLiteral("SQLite3"));
+        auto values = OdbcKeywords::valuesFrom(QString(), sqlite);
+        QCOMPARE(OdbcKeywords::firstMissing(sqlite, values), 0);
+        values[0].value = QStringLiteral("  ");
+        QCOMPARE(OdbcKeywords::firstMissing(sqlite, values), 0);
+        values[0].value = QStringLiteral("/data/a.db");
+        QCOMPARE(OdbcKeywords::firstMissing(sqlite, values), -1);
+        // Server drivers may take their defaults (a local server, the user's own database).
+        const auto pg = OdbcKeywords::commonKeywords(QStringLiteral("PostgreSQL Unicode"));
+        QCOMPARE(OdbcKeywords::firstMissing(pg, OdbcKeywords::valuesFrom(QString(), pg)), -1);
+    }
+
     void completedStringIsMadeFitToConnectAgain_data()
     {
         QTest::addColumn<QString>("completed");

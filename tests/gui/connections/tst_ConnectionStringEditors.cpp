@@ -9,6 +9,7 @@
 #include "gui/connections/DataLinkDialog.h"
 #include "gui/connections/ODBCDlgUn.h"
 #include "gui/connections/ODBCUn.h"
+#include "gui/connections/OdbcKeywordForm.h"
 #include "gui/connections/ServerComboBox.h"
 
 #include <QComboBox>
@@ -184,6 +185,24 @@ private slots:
             QTest::mouseClick(dlg.okButton(), Qt::LeftButton);
         });
         QCOMPARE(TODBCDlgFrm::Execute("DSN=Sales"), QStringLiteral("DSN=Edited"));
+    }
+
+    void keywordFormWantsAFileBeforeAskingTheDriver()
+    {
+        // Without a file the SQLite3 driver would make one named after the whole string.
+        MessageLog log;
+        const QDir before(QDir::currentPath());
+        const QStringList filesBefore = before.entryList(QDir::Files);
+        OdbcKeywordForm form("SQLite3", {OdbcKeywords::commonKeywords("SQLite3"), {}, {}}, "DSN=Other");
+        form.setFreeOnClose(false);
+        form.show();
+        QVERIFY(QTest::qWaitForWindowActive(&form));
+        QTest::mouseClick(form.okButton(), Qt::LeftButton);
+        QCOMPARE(log.errors, QStringList({"\"Database file\" is empty: choose the file the driver is to open."}));
+        QVERIFY(form.isVisible());
+        QVERIFY(form.completedString().isEmpty());
+        QCOMPARE(before.entryList(QDir::Files), filesBefore);
+        shoot(form, "OdbcKeywordForm-SQLite3.png");
     }
 
     void connectionDialogKeepsTheStringWhenABuilderIsCancelled()
