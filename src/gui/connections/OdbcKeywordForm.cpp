@@ -24,6 +24,8 @@ QWidget *makeEditor(const OdbcKeyword &k, QWidget *parent)
         auto *combo = new QComboBox(parent);
         combo->setEditable(true);
         combo->addItems(k.choices);
+        // As wide as the text boxes beside it: a short list still takes typed values.
+        combo->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
         editor = combo;
     } else {
         auto *edit = new QLineEdit(parent);
@@ -86,7 +88,7 @@ OdbcKeywordForm::OdbcKeywordForm(const QString &driverName, const OdbcConnection
     layout->addStretch();
 
     setSizeable(true);
-    resize(qMax(460, sizeHint().width()), sizeHint().height());
+    resize(qMax(540, sizeHint().width()), sizeHint().height());
 }
 
 QWidget *OdbcKeywordForm::editorOf(const QString &keyword) const
