@@ -310,8 +310,11 @@ void TDBConnectionDlgFrm::tbBuildConnectionStringClick()
                                                                                            : mOleDbConnection->toPlainText();
     const QString built = TODBCDlgFrm::Execute(current, this);
     mOleDbConnection->setPlainText(built);
-    if (built != current)
-        cbServer->setEditText(built);
+    if (built == current)
+        return;
+    cbServer->setEditText(built);
+    if (QLineEdit *edit = cbServer->lineEdit())
+        edit->setCursorPosition(0); // the driver's name first
 }
 
 // ---------------------------------------------------------------- OK
