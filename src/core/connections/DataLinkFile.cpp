@@ -17,8 +17,8 @@ const char *const kFileNamePrefix = "FILE NAME=";
 namespace {
 
 const QLatin1String kHeader("[oledb]");
-// The comment line such files carry below the header; readers skip it.
-const QLatin1String kComment("; Everything after this line is an OLE DB initstring");
+// A comment line below the header, as such files carry one; readers skip lines beginning with ";".
+const QLatin1String kComment("; The OLE DB connection string follows");
 
 QString decode(const QByteArray &bytes)
 {
