@@ -29,8 +29,8 @@ BenchData::Raw BenchData::rawOdbc(const QString &connection, const char *sql)
         SQLExecDirect(stmt, (SQLCHAR *)sql, SQL_NTS);
         SQLSMALLINT cols = 0;
         SQLNumResultCols(stmt, &cols);
-        std::vector<std::vector<char>> data(size_t(cols));
-        std::vector<std::vector<SQLLEN>> indicators(size_t(cols), std::vector<SQLLEN>(RowArray));
+        std::vector<std::vector<char>> data(static_cast<size_t>(cols));
+        std::vector<std::vector<SQLLEN>> indicators(static_cast<size_t>(cols), std::vector<SQLLEN>(RowArray));
         for (SQLSMALLINT c = 0; c < cols; ++c) {
             const bool number = c < 5;
             const SQLLEN width = number ? 8 : TextBytes;

@@ -155,12 +155,12 @@ void SqlHistory::append(const QString &sql)
                                 "CREATED_BY, CHANGED, CHANGED_BY) values (?, ?, ?, ?, ?, ?)"),
                  {row.id, row.executedSql, StampColumns::toColumn(row.stamps.created), row.stamps.createdBy,
                   StampColumns::toColumn(row.stamps.changed), row.stamps.changedBy});
-    // Keys come from a rising sequence: the new row is the last one.
-    const int index = m_count == Unknown ? Unknown : m_count;
+    // The sequence may hand out a key below rows written by other means; the position is counted
+    // when asked for.
     if (m_count != Unknown)
         ++m_count;
     forgetPages();
-    setCurrent(std::move(row), index);
+    setCurrent(std::move(row), Unknown);
     emit changed();
     emit currentChanged();
 }

@@ -11,7 +11,7 @@
 // block: several rows when it can read bound columns of any row of a block (SQL_GD_BLOCK and
 // SQL_GD_BOUND), one row when it can read bound columns only (SQL_GD_BOUND), and otherwise one
 // row with only the numbers bound and every other value read with SQLGetData, after the bound
-// columns as ODBC requires.
+// columns as ODBC requires. (MariaDB's driver is the exception explained in bind().)
 #include "core/workspace/ResultFetchNative.h"
 
 #include "core/connections/ODBCHUn.h"
@@ -165,6 +165,20 @@ SQLLEN boundWidth(Read read, int declaredSize)
     return std::clamp<SQLLEN>(size + 8, 32, MaxBoundUnits) * SQLLEN(sizeof(char16_t));
 }
 
+// Bytes per row of a buffer that holds any value of the declared size (in characters, each up
+// to two UTF-16 units), or 0 when the size is unknown or too large to bind whole.
+SQLLEN wholeWidth(Read read, int declaredSize)
+{
+    constexpr int MaxWholeCharacters = 4000;
+    if (read == Read::Integer || read == Read::Real)
+        return 8;
+    if (declaredSize <= 0 || declaredSize > MaxWholeCharacters)
+        return 0;
+    if (read == Read::Bytes)
+        return std::max(declaredSize, 1);
+    return (SQLLEN(declaredSize) * 2 + 8) * SQLLEN(sizeof(char16_t));
+}
+
 class OdbcCursor : public ResultCursor
 {
 public:
@@ -252,12 +266,30 @@ private:
         return extensions;
     }
 
+    QString driverName() const
+    {
+        char16_t name[256] = {};
+        SQLSMALLINT length = 0;
+        if (!m_connection || !Odbc::succeeded(m_api->getInfo(m_connection, SQL_DRIVER_NAME, name, SQLSMALLINT(sizeof name), &length)))
+            return QString();
+        return QString::fromUtf16(name, std::min<qsizetype>(length / 2, std::size(name) - 1));
+    }
+
     // Binds the columns the driver lets us bind and sizes the block (see the top of the file).
     void bind(const QSqlRecord &record)
     {
         const SQLUINTEGER extensions = getDataExtensions();
         const bool rereadBound = extensions & SQL_GD_BOUND;
         const bool anyColumn = extensions & SQL_GD_ANY_COLUMN;
+        // MariaDB's driver claims SQL_GD_BLOCK, but after SQLSetPos on a forward-only result its
+        // SQLGetData reads another row and its next SQLFetch starts in the wrong place. Its
+        // declared sizes are the server's own limits, though, so its values are bound whole and
+        // never need reading again; a column wider than that is read a row at a time.
+        const bool mariaDb = driverName().contains(QLatin1String("maodbc"), Qt::CaseInsensitive);
+        m_positioned = rereadBound && (extensions & SQL_GD_BLOCK) && !mariaDb;
+        bool whole = rereadBound && mariaDb;
+        for (size_t col = 0; whole && col < m_columns.size(); ++col)
+            whole = wholeWidth(m_columns[col].read, record.field(int(col)).length()) > 0;
         SQLLEN rowBytes = 0;
         for (size_t col = 0; col < m_columns.size(); ++col) {
             Column &column = m_columns[col];
@@ -267,12 +299,14 @@ private:
                     continue;
                 break; // the columns from here on are read with SQLGetData, in order
             }
+            const int declared = record.field(int(col)).length();
             column.bound = true;
-            column.width = boundWidth(column.read, record.field(int(col)).length());
+            column.width = whole ? wholeWidth(column.read, declared) : boundWidth(column.read, declared);
             rowBytes += column.width + SQLLEN(sizeof(SQLLEN));
         }
-        const bool blocks = rereadBound && (extensions & SQL_GD_BLOCK);
-        m_capacity = blocks ? std::clamp<SQLULEN>(SQLULEN(BlockBytes / std::max<SQLLEN>(rowBytes, 1)), 1, BlockRows) : 1;
+        m_capacity = m_positioned || whole
+                         ? std::clamp<SQLULEN>(SQLULEN(BlockBytes / std::max<SQLLEN>(rowBytes, 1)), 1, BlockRows)
+                         : 1;
         for (size_t col = 0; col < m_columns.size(); ++col) {
             Column &column = m_columns[col];
             if (!column.bound)
@@ -368,8 +402,11 @@ private:
     // Makes `row` of the block the one SQLGetData reads.
     void position(SQLULEN row)
     {
-        if (m_arraySize > 1)
-            check(m_api->setPos(m_statement, SQLSETPOSIROW(row + 1), SQL_POSITION, SQL_LOCK_NO_CHANGE), "SQLSetPos");
+        if (m_arraySize == 1)
+            return;
+        if (!m_positioned) // bound whole, yet longer than the column's declared size
+            fail("a value longer than its column's declared size");
+        check(m_api->setPos(m_statement, SQLSETPOSIROW(row + 1), SQL_POSITION, SQL_LOCK_NO_CHANGE), "SQLSetPos");
     }
 
     // Reads a value of the current row with SQLGetData, whatever its length.
@@ -456,6 +493,7 @@ private:
     SQLULEN m_fetched = 0;   // rows in the current block
     SQLULEN m_next = 0;      // the block's next row to hand out
     bool m_bound = false;
+    bool m_positioned = false; // SQLGetData may read any row of a block after SQLSetPos
     bool m_open = false;
     std::string m_utf8;
     QByteArray m_long;
