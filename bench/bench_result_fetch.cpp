@@ -5,7 +5,10 @@
 // against the payload. Then sorts and filters over the fetched rows, and sorts of 1,000,000
 // random texts and integers.
 //
-//   bench_result_fetch [rows]
+//   bench_result_fetch [rows] [engine ...]
+//
+// Named engines ("sqlite", "postgres", "odbc", ...: any part of a name in the table) limit the run
+// to those.
 //
 // The servers come from the test-server environment ("scripts/test-servers env-file"); without
 // it only SQLite runs.
@@ -13,6 +16,7 @@
 #include "BenchEngines.h"
 #include "core/workspace/ResultFetcher.h"
 #include "core/workspace/ResultView.h"
+#include "core/base/VantryError.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -107,9 +111,15 @@ QSqlDatabase openDb(const char *driver, const QString &name, const char *prefix)
     return db;
 }
 
-QSqlDatabase openOdbc(const QString &name, const QString &connection)
+// A data source name with its account (as the test servers describe them), or a whole connection
+// string.
+QSqlDatabase openOdbc(const QString &name, const QString &connection, const char *prefix)
 {
     QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QODBC"), name);
+    if (prefix) {
+        db.setUserName(qEnvironmentVariable((QByteArray(prefix) + "USER").constData()));
+        db.setPassword(qEnvironmentVariable((QByteArray(prefix) + "PASSWORD").constData()));
+    }
     db.setDatabaseName(connection);
     if (!db.open())
         std::printf("ODBC %s: %s\n", qPrintable(connection), qPrintable(db.lastError().text()));
@@ -150,7 +160,14 @@ void sortTimings(const QSqlDatabase &db)
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);
     const int rows = argc > 1 ? std::atoi(argv[1]) : 1000000;
+    auto wanted = [argc, argv](const char *engine) {
+        for (int i = 2; i < argc; ++i)
+            if (QString::fromLatin1(engine).contains(QString::fromLocal8Bit(argv[i]), Qt::CaseInsensitive))
+                return true;
+        return argc <= 2;
+    };
     const QString file = BenchData::generatedSqliteFile("result_fetch.db", rows);
     BenchData::createSortTable(file, rows);
     const char *tenColumns = "select id, a, b, x, y, code, name, tag, memo, note from t";
@@ -162,7 +179,8 @@ int main(int argc, char **argv)
         db.setDatabaseName(file);
         if (!db.open())
             return std::printf("cannot open %s\n", qPrintable(file)), 1;
-        table.push_back(measure(QStringLiteral("SQLite"), db, QLatin1String(tenColumns), rawSqlite(file), 3));
+        if (wanted("SQLite"))
+            table.push_back(measure(QStringLiteral("SQLite"), db, QLatin1String(tenColumns), rawSqlite(file), 3));
         auto fetched = ResultFetcher::fetch(db, QLatin1String(tenColumns), 0);
         std::printf("\nSort and filter over %lld rows\n", fetched->rowCount());
         viewTimings(*fetched);
@@ -180,34 +198,39 @@ int main(int argc, char **argv)
     const QByteArray conninfo = postgresConninfo();
     std::printf("\nFilling the servers' tables with %d rows ...\n", rows);
     createPostgres(conninfo, rows);
-    {
+    if (wanted("PostgreSQL")) {
         QSqlDatabase pg = openDb("QPSQL", QStringLiteral("benchpg"), "VANTRY_PG_");
         table.push_back(measure(QStringLiteral("PostgreSQL"), pg, select, rawPostgres(conninfo), 3));
     }
-    {
-        QSqlDatabase maria = openDb("QMYSQL", QStringLiteral("benchmaria"), "VANTRY_MYSQL_");
-        createMariaDb(maria, rows);
+    QSqlDatabase maria = openDb("QMYSQL", QStringLiteral("benchmaria"), "VANTRY_MYSQL_");
+    createMariaDb(maria, rows); // read by MariaDB's ODBC driver as well
+    if (wanted("MariaDB")) {
         table.push_back(measure(QStringLiteral("MariaDB"), maria, select, rawMariaDb("select * from vantry_bench_t"), 3));
     }
-    {
+    if (wanted("Firebird")) {
         QSqlDatabase fb = openDb("QIBASE", QStringLiteral("benchfb"), "VANTRY_FB_");
         createFirebird(fb, rows);
         table.push_back(measure(QStringLiteral("Firebird"), fb, select, rawFirebird("select * from vantry_bench_t"), 3));
     }
-    const QString pgOdbc = QStringLiteral("DSN=%1;UID=%2;PWD=%3").arg(qEnvironmentVariable("VANTRY_ODBC_PG_DSN"),
-        qEnvironmentVariable("VANTRY_PG_USER"), qEnvironmentVariable("VANTRY_PG_PASSWORD"));
-    const QString mariaOdbc = QStringLiteral("DSN=%1;UID=%2;PWD=%3").arg(qEnvironmentVariable("VANTRY_ODBC_MYSQL_DSN"),
-        qEnvironmentVariable("VANTRY_MYSQL_USER"), qEnvironmentVariable("VANTRY_MYSQL_PASSWORD"));
     const QString sqliteOdbc = QStringLiteral("DRIVER=%1;Database=%2").arg(qEnvironmentVariable("VANTRY_ODBC_SQLITE_DRIVER"), file);
-    const struct { const char *engine; QString connection; QString sql; } odbc[] = {
-        {"ODBC PostgreSQL", pgOdbc, select},
-        {"ODBC MariaDB", mariaOdbc, select},
-        {"ODBC SQLite", sqliteOdbc, QLatin1String(tenColumns)},
+    const struct { const char *engine; QString source; const char *prefix; QString sql; } odbc[] = {
+        {"ODBC PostgreSQL", qEnvironmentVariable("VANTRY_ODBC_PG_DSN"), "VANTRY_PG_", select},
+        {"ODBC MariaDB", qEnvironmentVariable("VANTRY_ODBC_MYSQL_DSN"), "VANTRY_MYSQL_", select},
+        {"ODBC SQLite", sqliteOdbc, nullptr, QLatin1String(tenColumns)},
     };
     for (const auto &o : odbc) {
-        QSqlDatabase db = openOdbc(QLatin1String(o.engine), o.connection);
-        const Raw raw = rawOdbc(o.connection, o.sql.toUtf8().constData());
-        table.push_back(measure(QLatin1String(o.engine), db, o.sql, raw, 3));
+        if (!wanted(o.engine))
+            continue;
+        QSqlDatabase db = openOdbc(QLatin1String(o.engine), o.source, o.prefix);
+        const auto var = [&o](const char *what) { return qEnvironmentVariable((QByteArray(o.prefix) + what).constData()); };
+        const QString connection = o.prefix ? QStringLiteral("DSN=%1;UID=%2;PWD=%3").arg(o.source, var("USER"), var("PASSWORD"))
+                                            : o.source;
+        const Raw raw = rawOdbc(connection, o.sql.toUtf8().constData());
+        try {
+            table.push_back(measure(QLatin1String(o.engine), db, o.sql, raw, 3));
+        } catch (const VantryError &e) {
+            std::printf("%s: %s\n", o.engine, qPrintable(e.message()));
+        }
     }
     printTable(table);
     return 0;
