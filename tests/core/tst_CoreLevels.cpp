@@ -32,7 +32,7 @@ struct Include
 
 QList<Include> projectIncludes(const QString &folder)
 {
-    static const QRegularExpression include(R"re(^\s*#\s*include\s*"([^"]+)")re");
+    static const QRegularExpression include("^\\s*#\\s*include\\s*\"([^\"]+)\"");
     QList<Include> found;
     QDirIterator it(folder, {"*.h", "*.cpp"}, QDir::Files, QDirIterator::Subdirectories);
     while (it.hasNext()) {

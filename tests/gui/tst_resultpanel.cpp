@@ -91,7 +91,7 @@ private slots:
         QTest::newRow("print") << "tbPrint" << "Print" << true;
         QTest::newRow("preview") << "tbPreview" << "Preview" << true;
         QTest::newRow("excel") << "tbExcelExport" << "Export To Excel" << true;
-        QTest::newRow("import") << "tbImport" << "Import Data" << false;
+        QTest::newRow("import") << "tbImport" << "Import Data" << true;
     }
     void buttons()
     {

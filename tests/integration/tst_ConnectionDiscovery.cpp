@@ -128,7 +128,7 @@ void tst_ConnectionDiscovery::connectTestAndListTables()
         QVERIFY2(withSystem.contains(systemTable), qPrintable(withSystem.join(", ")));
     }
     for (const QString &name : std::as_const(withSystem)) {
-        QVERIFY2(!name.startsWith("pg_catalog.") && !name.startsWith("information_schema.")
+        QVERIFY2((!name.startsWith("pg_catalog.") && !name.startsWith("information_schema."))
                      || record.ConnectionType != dsPostgreSQL,
                  qPrintable(name));
     }

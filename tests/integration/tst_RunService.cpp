@@ -1,3 +1,4 @@
+#include "RunRecorder.h"
 #include "TestServers.h"
 #include "core/workspace/ResultWriteBack.h"
 #include "core/workspace/TableKeys.h"
@@ -23,38 +24,9 @@ class TestRunService : public QObject
 
     QTemporaryDir m_dir;
 
-    // Everything a service reports, in the order it arrives.
-    struct Recorder
-    {
-        QStringList statements;
-        QList<QPair<QString, int>> messages;
-        std::shared_ptr<ResultTable> table;
-        bool more = false;
-        QStringList stops;
+    using Recorder = RunRecorder;
 
-        explicit Recorder(RunService &run)
-        {
-            QObject::connect(&run, &RunService::statementStarted, [this](const QString &s) { statements << s; });
-            QObject::connect(&run, &RunService::messageLogged,
-                             [this](const QString &m, int level) { messages << qMakePair(m, level); });
-            QObject::connect(&run, &RunService::resultOpened,
-                             [this](std::shared_ptr<ResultTable> t, const ResultSource &, bool moreRemain) {
-                                 table = std::move(t);
-                                 more = moreRemain;
-                             });
-            QObject::connect(&run, &RunService::rowsFetched, [this](std::shared_ptr<ResultTable> batch, bool moreRemain) {
-                table->appendBatch(std::move(*batch), moreRemain);
-                more = moreRemain;
-            });
-            QObject::connect(&run, &RunService::fetchStopped, [this](const QString &reason) { stops << reason; });
-        }
-        const QPair<QString, int> &last() const { return messages.last(); }
-    };
-
-    static bool idle(const RunService &run, int ms = 30000)
-    {
-        return QTest::qWaitFor([&run] { return !run.isBusy(); }, ms);
-    }
+    static bool idle(const RunService &run, int ms = 30000) { return RunRecorder::idle(run, ms); }
 
     // A loopback port that completes the TCP handshake (the kernel does it) and never speaks.
     struct SilentPort

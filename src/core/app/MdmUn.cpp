@@ -6,10 +6,13 @@
 #include "core/app/SqlExec.h"
 #include "core/app/SqlHistory.h"
 #include "core/app/StampColumns.h"
+#include "core/base/OwnerOnly.h"
 #include "core/base/VantryError.h"
 #include "core/connections/ConnectionTypes.h"
 
 #include <QAtomicInt>
+#include <QCoreApplication>
+#include <QFile>
 #include <QFileInfo>
 #include <QSqlQuery>
 #include <QSqlRecord>
@@ -53,21 +56,49 @@ TMdm::~TMdm()
 
 void TMdm::open()
 {
-    const bool existed = QFileInfo::exists(m_fileName);
-    if (existed && !QFileInfo(m_fileName).isFile())
+    if (QFileInfo::exists(m_fileName) && !QFileInfo(m_fileName).isFile())
         throw VantryError(QStringLiteral("The catalogue \"%1\" is not a file.").arg(m_fileName));
 
     m_db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connectionName);
-    m_db.setDatabaseName(m_fileName);
+    if (!QFileInfo::exists(m_fileName))
+        buildNewCatalogue();
+    OwnerOnly::restrictFile(m_fileName);
+    openFile(m_fileName);
+    CatalogueSchema::validate(m_db, m_fileName);
+}
+
+void TMdm::openFile(const QString &file)
+{
+    m_db.close();
+    m_db.setDatabaseName(file);
     // Another Vantry sharing the file may hold the write lock for a moment: wait for it.
     m_db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=30000"));
     if (!m_db.open())
-        throw VantryError(QStringLiteral("Cannot open the catalogue \"%1\": %2").arg(m_fileName, sqlErrorText(m_db.lastError())));
+        throw VantryError(QStringLiteral("Cannot open the catalogue \"%1\": %2").arg(file, sqlErrorText(m_db.lastError())));
+}
 
-    if (existed)
-        CatalogueSchema::validate(m_db, m_fileName);
-    else
+void TMdm::buildNewCatalogue()
+{
+    // The new catalogue is made whole under a temporary name and then renamed into place, so a
+    // program killed half-way never leaves a catalogue without its tables behind. Renaming never
+    // replaces a file: when another process made the catalogue meanwhile, theirs is kept.
+    const QString building = m_fileName + QStringLiteral(".%1.new").arg(QCoreApplication::applicationPid());
+    QFile::remove(building);
+    OwnerOnly::createFile(building);
+    openFile(building);
+    try {
         createNew();
+    } catch (...) {
+        m_db.close();
+        QFile::remove(building);
+        throw;
+    }
+    m_db.close();
+    if (!QFile::rename(building, m_fileName)) {
+        QFile::remove(building);
+        if (!QFileInfo::exists(m_fileName))
+            throw VantryError(QStringLiteral("Cannot create the catalogue \"%1\": the folder cannot be written.").arg(m_fileName));
+    }
 }
 
 void TMdm::createNew()

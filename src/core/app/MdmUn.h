@@ -46,6 +46,8 @@ public:
 
 private:
     void open();
+    void openFile(const QString &file);
+    void buildNewCatalogue();
     void createNew();
 
     QString m_fileName;

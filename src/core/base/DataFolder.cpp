@@ -1,4 +1,5 @@
 #include "core/base/DataFolder.h"
+#include "core/base/OwnerOnly.h"
 
 #include "InstallPaths.h"
 
@@ -47,7 +48,7 @@ QString path()
 {
     // Chosen afresh on each call so tests (and a changed $VANTRY_HOME) see the current folder.
     const QString folder = chooseFor(executableDir());
-    QDir().mkpath(folder);
+    OwnerOnly::makeFolder(folder);
     return folder;
 }
 

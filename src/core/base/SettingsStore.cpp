@@ -1,8 +1,13 @@
 #include "core/base/SettingsStore.h"
+#include "core/base/OwnerOnly.h"
+#include "core/base/VantryError.h"
 
 SettingsStore::SettingsStore(const QString &iniFile)
-    : m_settings(std::make_unique<QSettings>(iniFile, QSettings::IniFormat))
 {
+    // QSettings saves through a new file that takes the old one's permissions: start private.
+    OwnerOnly::createFile(iniFile);
+    OwnerOnly::restrictFile(iniFile);
+    m_settings = std::make_unique<QSettings>(iniFile, QSettings::IniFormat);
 }
 
 QString SettingsStore::fileName() const { return m_settings->fileName(); }
@@ -70,7 +75,14 @@ void SettingsStore::writeBool(const QString &path, const QString &name, bool val
     writeString(path, name, value ? QStringLiteral("TRUE") : QStringLiteral("FALSE"));
 }
 
-void SettingsStore::sync() { m_settings->sync(); }
+void SettingsStore::sync()
+{
+    m_settings->sync();
+    if (m_settings->status() != QSettings::NoError)
+        throw VantryError(QStringLiteral("Cannot save the settings file \"%1\": the disk is full, or the file or its "
+                                         "folder cannot be written.")
+                              .arg(m_settings->fileName()));
+}
 
 bool SettingsStore::parseBool(const QString &word, bool *ok)
 {

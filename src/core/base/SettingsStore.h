@@ -24,6 +24,7 @@ public:
     void writeDouble(const QString &path, const QString &name, double value);
     void writeBool(const QString &path, const QString &name, bool value);
 
+    // Writes the file now; throws VantryError when it cannot be written (disk full, read-only).
     void sync();
 
     // The boolean words of the store; returns false in *ok for a word that is neither.

@@ -8,6 +8,7 @@
 #include "core/connections/TableCatalogue.h"
 #include "core/connections/TnsNames.h"
 #include "core/connections/vtrtools.h"
+#include "core/interchange/WorkbookReader.h"
 
 #include <QSqlError>
 #include <QSqlQuery>
@@ -279,7 +280,10 @@ void TimpDM::GetTablesListR(TReaderConnection rc, QStringList &list, bool includ
         throw VantryError(QStringLiteral("Listing the tables of a QVX file is not available in this build."));
 #endif
     case dsExcel:
-        throw VantryError(QStringLiteral("Listing the sheets of a workbook is not available in this build."));
+        // A workbook's tables are its sheets, in workbook order and by their plain names: the Excel
+        // source quotes every identifier where it uses one.
+        names = WorkbookReader::open(ExpandPathMacros(rc.SourceFile.isEmpty() ? rc.DataBase : rc.SourceFile))->sheetNames();
+        break;
     default: {
         // Every other type is read through ODBC with the connection text of its ADO string.
         auto link = openOdbcString(AdoToOdbc::translate(AdoConnectionString::fromRecord(rc)), rc.TimeOut);

@@ -1,11 +1,11 @@
 #include "core/interchange/GridExport.h"
 
+#include "core/base/SavedFile.h"
 #include "core/interchange/ExportSink.h"
 #include "core/interchange/WorkbookExport.h"
 
 #include <QDir>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QTemporaryFile>
 #include <cstdio>
 #include <cstring>
@@ -170,8 +170,9 @@ void writeSaved(const QString &path, Fn fill)
     if (!file.open(QIODevice::WriteOnly))
         throw VantryError(describe(path, file.errorString()));
     fill(file);  // throws; the temporary file is discarded when file goes out of scope
-    if (!file.commit())
-        throw VantryError(describe(path, file.errorString()));
+    const QString cause = commitSaved(file);
+    if (!cause.isEmpty())
+        throw VantryError(describe(path, cause));
 }
 
 // The .xlsx writer takes a file name: it writes a temporary file beside path, renamed at the end.

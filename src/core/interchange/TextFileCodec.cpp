@@ -1,9 +1,9 @@
 #include "core/interchange/TextFileCodec.h"
 
+#include "core/base/SavedFile.h"
 #include "core/base/VantryError.h"
 
 #include <QFile>
-#include <QSaveFile>
 #include <QStringDecoder>
 
 namespace TextFileCodec {
@@ -84,10 +84,9 @@ Decoded readFile(const QString &fileName)
 
 void writeFile(const QString &fileName, const QString &text, Encoding preferred)
 {
-    QSaveFile file(fileName);
-    const QByteArray bytes = encode(text, preferred);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
-        throw VantryError(QStringLiteral("Cannot save \"%1\": %2").arg(fileName, file.errorString()));
+    const QString cause = saveWholeFile(fileName, encode(text, preferred));
+    if (!cause.isEmpty())
+        throw VantryError(QStringLiteral("Cannot save \"%1\": %2").arg(fileName, cause));
 }
 
 } // namespace TextFileCodec

@@ -83,6 +83,19 @@ bool isWrapped(const Parts &parts, Range r)
     return false;
 }
 
+// Whether the word at i would end a condition written without parentheses. The parser reads
+// LEFT( and RIGHT( as functions and WITHIN GROUP as part of an aggregate, so those go on.
+bool endsConditionAt(const Parts &parts, int i, Range r)
+{
+    const ExprPart &p = parts.at(i);
+    if (p.kind != ExprPart::Word || !SqlParser::endsCondition(p.text))
+        return false;
+    if ((isWord(p, QLatin1String("LEFT")) || isWord(p, QLatin1String("RIGHT")))
+        && i + 1 < r.end && parts.at(i + 1).kind == ExprPart::LParen)
+        return false;
+    return !(isWord(p, QLatin1String("GROUP")) && i > r.begin && isWord(parts.at(i - 1), QLatin1String("WITHIN")));
+}
+
 // Whether the parts read the same without the parentheses around them: nothing at their outer
 // level (a comma of a row value, a FROM of EXTRACT, a clause word) would end a condition early.
 bool standsAlone(const Parts &parts, Range r, const DialectWords &words)
@@ -94,7 +107,7 @@ bool standsAlone(const Parts &parts, Range r, const DialectWords &words)
             ++depth;
         else if (p.kind == ExprPart::RParen)
             --depth;
-        else if (depth == 0 && (p.kind == ExprPart::Comma || (p.kind == ExprPart::Word && SqlParser::endsCondition(p.text))
+        else if (depth == 0 && (p.kind == ExprPart::Comma || endsConditionAt(parts, i, r)
                                 || (words.minus && isWord(p, QLatin1String("MINUS")))))
             return false;
         else if (depth == 0 && i + 1 < r.end && isLimitWord(p, words)) {

@@ -310,10 +310,13 @@ void TMFrm::FormDestroy()
         return;
     m_destroyed = true;
     syncViewChecks();
-    // The tab that is current at exit decides the settings every tab starts with next time.
-    if (m_current)
-        m_current->saveSettings();
-    savePlacement();
+    // The tab that is current at exit decides the settings every tab starts with next time. A
+    // settings file that cannot be written (disk full, read-only folder) is told, not ignored.
+    UserMessages::guarded(this, [this] {
+        if (m_current)
+            m_current->saveSettings();
+        savePlacement();
+    });
 }
 
 void TMFrm::restorePlacement()

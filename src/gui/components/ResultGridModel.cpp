@@ -1,6 +1,7 @@
 #include "gui/components/ResultGridModel.h"
 
 #include "core/base/VantryError.h"
+#include "core/workspace/CellText.h"
 
 #include <QBrush>
 #include <QColor>
@@ -227,34 +228,6 @@ Qt::ItemFlags ResultGridModel::flags(const QModelIndex &index) const
     return flags;
 }
 
-QVariant ResultGridModel::editValue(int col, const QString &text, qint64 row) const
-{
-    const ResultColumn &column = m_table->column(col);
-    const bool wasNull = m_table->isNull(row, col);
-    if (text.isEmpty() && (wasNull || column.storage() == ResultStorage::Integer
-                           || column.storage() == ResultStorage::Real || column.logicalType() != QMetaType::UnknownType))
-        return QVariant(QMetaType(QMetaType::QString)); // NULL
-    bool ok = false;
-    if (column.logicalType() == QMetaType::Bool) {
-        const QString t = text.trimmed().toLower();
-        if (t == QLatin1String("true") || t == QLatin1String("1"))
-            return true;
-        if (t == QLatin1String("false") || t == QLatin1String("0"))
-            return false;
-    }
-    if (column.storage() == ResultStorage::Integer) {
-        const qint64 v = text.trimmed().toLongLong(&ok);
-        if (ok)
-            return v;
-    }
-    if (column.storage() == ResultStorage::Real) {
-        const double v = text.trimmed().toDouble(&ok);
-        if (ok)
-            return v;
-    }
-    return text;
-}
-
 bool ResultGridModel::setData(const QModelIndex &index, const QVariant &value, int role)
 {
     if (!m_table || role != Qt::EditRole || !index.isValid())
@@ -271,7 +244,7 @@ bool ResultGridModel::setData(const QModelIndex &index, const QVariant &value, i
     if (text == before && !(text.isEmpty() && !m_table->isNull(row, index.column())))
         return false;
     try {
-        m_table->setValue(row, index.column(), editValue(index.column(), text, row));
+        m_table->setValue(row, index.column(), valueFromCellText(m_table->column(index.column()), text, m_table->isNull(row, index.column())));
     } catch (const VantryError &error) {
         emit editRefused(error.message());
         return false;

@@ -56,8 +56,6 @@ signals:
     void rebuilt();
 
 private:
-    QVariant editValue(int col, const QString &text, qint64 row) const;
-
     void rebuildInBackground();
 
     ResultTable *m_table = nullptr;

@@ -1,5 +1,6 @@
 #include "gui/connections/OdbcAdministrator.h"
 
+#include "core/base/SavedFile.h"
 #include "core/base/VantryError.h"
 
 #include <QDialog>
@@ -8,7 +9,6 @@
 #include <QFile>
 #include <QPlainTextEdit>
 #include <QProcess>
-#include <QSaveFile>
 #include <QStandardPaths>
 #include <QVBoxLayout>
 
@@ -48,9 +48,9 @@ void editOdbcIni(QWidget *parent)
         return;
 
     // Written through a temporary file so a failed save never leaves the file half-written.
-    QSaveFile out(fileName);
-    if (!out.open(QIODevice::WriteOnly | QIODevice::Text) || out.write(editor->toPlainText().toUtf8()) < 0 || !out.commit())
-        throw VantryError(QStringLiteral("Cannot save the ODBC data source file \"%1\": %2").arg(fileName, out.errorString()));
+    const QString cause = saveWholeFile(fileName, editor->toPlainText().toUtf8());
+    if (!cause.isEmpty())
+        throw VantryError(QStringLiteral("Cannot save the ODBC data source file \"%1\": %2").arg(fileName, cause));
 }
 
 } // namespace

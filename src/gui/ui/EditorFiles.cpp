@@ -1,13 +1,12 @@
 #include "gui/ui/EditorFiles.h"
 
 #include "gui/app/UserMessages.h"
-#include "core/base/VantryError.h"
+#include "gui/ui/BackgroundWork.h"
 #include "gui/components/SqlEditor.h"
 
 #include <Qsci/qsciscintilla.h>
 
 #include <QFileDialog>
-#include <QThread>
 #include <memory>
 
 namespace {
@@ -26,25 +25,6 @@ QString runFileDialog(QWidget *parent, bool save, const QString &proposed)
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return {};
     return dialog.selectedFiles().constFirst();
-}
-
-// Runs work on a thread of its own and hands its outcome (an error text, empty on success) to
-// done on the receiver's thread.
-void runInBackground(QObject *receiver, std::function<void()> work, std::function<void(const QString &)> done)
-{
-    auto error = std::make_shared<QString>();
-    QThread *worker = QThread::create([work = std::move(work), error] {
-        try {
-            work();
-        } catch (const VantryError &e) {
-            *error = e.message();
-        } catch (const std::exception &e) {
-            *error = QString::fromUtf8(e.what());
-        }
-    });
-    QObject::connect(worker, &QThread::finished, worker, &QObject::deleteLater);
-    QObject::connect(worker, &QThread::finished, receiver, [error, done = std::move(done)] { done(*error); });
-    worker->start();
 }
 
 } // namespace

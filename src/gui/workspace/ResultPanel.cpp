@@ -53,8 +53,7 @@ ResultPanel::ResultPanel(QWidget *parent) : QWidget(parent)
     QAction *print = addButton("tbPrint", QStringLiteral("Print"), QStringLiteral("Print"));
     QAction *preview = addButton("tbPreview", QStringLiteral("Preview"), QStringLiteral("Preview"));
     QAction *excel = addButton("tbExcelExport", QStringLiteral("Excel"), QStringLiteral("Export To Excel"));
-    // Import arrives with the import wizard.
-    addButton("tbImport", QStringLiteral("Import"), QStringLiteral("Import Data"))->setEnabled(false);
+    QAction *import = addButton("tbImport", QStringLiteral("Import"), QStringLiteral("Import Data"));
     m_toolbar->addWidget(m_status);
 
     connect(refresh, &QAction::triggered, this, &ResultPanel::Refresh1Click);
@@ -70,6 +69,7 @@ ResultPanel::ResultPanel(QWidget *parent) : QWidget(parent)
     connect(print, &QAction::triggered, this, &ResultPanel::Print1Click);
     connect(preview, &QAction::triggered, this, &ResultPanel::MenuItem4Click);
     connect(excel, &QAction::triggered, this, &ResultPanel::tbExcelExportClick);
+    connect(import, &QAction::triggered, this, &ResultPanel::tbImportClick);
 
     // The grid's pop-up menu carries the same commands.
     m_menu = new QMenu(this);
@@ -199,6 +199,8 @@ void ResultPanel::updateState()
     // Post stays enabled while the result can be edited: a cell being typed into is an edit too.
     findChild<QAction *>(QStringLiteral("tbPost"))->setEnabled(editable);
     findChild<QAction *>(QStringLiteral("SetNull1"))->setEnabled(editable);
+    // An import writes every row back, so it needs a result the write-back can write.
+    findChild<QAction *>(QStringLiteral("tbImport"))->setEnabled(editable && m_run);
     findChild<QAction *>(QStringLiteral("tbRefresh"))->setEnabled(m_hasQuery || !m_query.statement().isEmpty());
     if (!open) {
         m_status->clear();

@@ -3,6 +3,7 @@
 #include "core/workspace/RowChange.h"
 #include "core/workspace/TableKeys.h"
 #include "core/workspace/RunService.h"
+#include "gui/interchange/DatasetImportTarget.h"
 
 #include <QWidget>
 #include <functional>
@@ -21,8 +22,9 @@ class TdmTools;
 // commands. The tab's run service opens a query and hands its first rows here; further rows are
 // fetched through the service as the user scrolls towards the end, jumps to the last row, or
 // sorts, filters or groups. Edits are written back through the service too, so the window never
-// waits on the database. Errors of the commands arrive through commandFailed.
-class ResultPanel : public QWidget
+// waits on the database. Errors of the commands arrive through commandFailed. The import wizard
+// appends its rows here, each written back as it arrives.
+class ResultPanel : public QWidget, public DatasetImportTarget
 {
     Q_OBJECT
 public:
@@ -68,6 +70,10 @@ public:
     // Asked when unposted edits stand in the way of another command; tests replace it.
     void setPendingEditsQuestion(std::function<PendingChoice()> ask) { m_askPending = std::move(ask); }
 
+    // The import wizard's side of the result (in ResultPanelImport.cpp).
+    QVector<int> visibleFields() const override;
+    void appendRow(const Fill &fill, std::function<void(const QString &error)> done) override;
+
 public slots:
     void Refresh1Click();        // re-runs the last query on the same connection (F5)
     void Add1Click();            // appends a new row (Ins)
@@ -84,6 +90,8 @@ public slots:
     void Print1Click();          // grid print preview; "Print" deliberately previews too
     void MenuItem4Click();       // grid print preview (Preview)
     void tbExcelExportClick();   // exports the grid's rows to a workbook (Export To Excel)
+    // In ResultPanelImport.cpp:
+    void tbImportClick();        // loads a workbook sheet into the result (Import Data)
 
 signals:
     // A command failed; the text names the cause. The tab logs it.
@@ -99,8 +107,11 @@ private:
     // Writes the pending rows through the service; `then` runs once all are written.
     void postPending(std::function<void()> then);
     // Writes the changes one by one on the connection's thread and accepts each written row here;
-    // the first failure stops the rest and marks its row. `then` runs when all were written.
+    // the first failure stops the rest, marks its row and goes to the log. `then` runs when all
+    // were written.
     void writeChanges(std::vector<RowChange> changes, std::function<void()> then);
+    // The same, telling `finished` the outcome (an empty text, or the failure) instead of the log.
+    void writeChangesFor(std::vector<RowChange> changes, std::function<void(const QString &error)> finished);
     void requestRows(qint64 rows);
     void fetchIfNearEnd();
     // Ends the on-demand fetch before the result is changed here (edits, inserts).

@@ -234,9 +234,22 @@ void ResultPanel::postPending(std::function<void()> then)
 
 void ResultPanel::writeChanges(std::vector<RowChange> changes, std::function<void()> then)
 {
-    if (changes.empty() || !m_run) {
+    writeChangesFor(std::move(changes), [this, then = std::move(then)](const QString &error) {
+        if (!error.isEmpty()) {
+            // The edit stays in the grid, still pending and marked, and the reason goes to the log.
+            emit commandFailed(error);
+            return;
+        }
         if (then)
             then();
+    });
+}
+
+void ResultPanel::writeChangesFor(std::vector<RowChange> changes, std::function<void(const QString &error)> finished)
+{
+    if (changes.empty() || !m_run) {
+        if (finished)
+            finished({});
         return;
     }
     stopFetchingForEdit();
@@ -254,7 +267,7 @@ void ResultPanel::writeChanges(std::vector<RowChange> changes, std::function<voi
             }
             *failedRow = -1;
         },
-        [this, table, outcomes, failedRow, then](const QString &error) {
+        [this, table, outcomes, failedRow, finished = std::move(finished)](const QString &error) {
             m_posting = false;
             m_grid->setEnabled(true);
             // The rows written take the values the database holds now (generated keys included).
@@ -265,12 +278,7 @@ void ResultPanel::writeChanges(std::vector<RowChange> changes, std::function<voi
             if (table == m_query.sharedTable())
                 m_grid->refreshRows();
             updateState();
-            if (!error.isEmpty()) {
-                // The edit stays in the grid, still pending and marked, and the reason goes to the log.
-                emit commandFailed(error);
-                return;
-            }
-            if (then)
-                then();
+            if (finished)
+                finished(error);
         });
 }

@@ -1,5 +1,6 @@
 #include "gui/workspace/SqlLogFrameUn.h"
 
+#include "core/base/SavedFile.h"
 #include "core/base/VantryError.h"
 #include "gui/components/ResultFilterHeader.h"
 #include "gui/components/SqlEditor.h"
@@ -20,7 +21,6 @@
 #include <QInputDialog>
 #include <QLabel>
 #include <QMenu>
-#include <QSaveFile>
 #include <QScrollBar>
 #include <QTabWidget>
 #include <QTableView>
@@ -236,9 +236,9 @@ void TSqlLogFrame::SaveLog1Click()
 
 void TSqlLogFrame::saveLogTo(const QString &fileName)
 {
-    QSaveFile file(fileName);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Text) || file.write(seLog->text().toUtf8()) < 0 || !file.commit())
-        throw VantryError(QStringLiteral("Cannot save the log to \"%1\": %2").arg(fileName, file.errorString()));
+    const QString cause = saveWholeFile(fileName, seLog->text().toUtf8());
+    if (!cause.isEmpty())
+        throw VantryError(QStringLiteral("Cannot save the log to \"%1\": %2").arg(fileName, cause));
 }
 
 void TSqlLogFrame::Find1Click()

@@ -152,6 +152,8 @@ private slots:
     void roundTripThroughTheCatalogue();
     void savingResetsFieldsTheDialogDoesNotShow();
     void cancelLeavesTheRowUntouched();
+    void hostileValuesRoundTripOrAreRefused_data();
+    void hostileValuesRoundTripOrAreRefused();
     void positionIsKept();
 
 private:
@@ -631,3 +633,61 @@ void tst_ConnectionDialog::positionIsKept()
 
 QTEST_MAIN(tst_ConnectionDialog)
 #include "tst_ConnectionDialog.moc"
+
+// ---------------------------------------------------------------- values a user should not type
+
+void tst_ConnectionDialog::hostileValuesRoundTripOrAreRefused_data()
+{
+    QTest::addColumn<QString>("value");
+    QTest::newRow("over-long") << QString(100000, QLatin1Char('w'));
+    QTest::newRow("control characters") << QStringLiteral("a\x01b\tc\x1b[31md\x7f");
+    QTest::newRow("line breaks") << QStringLiteral("first\nsecond\r\nthird");
+    QTest::newRow("separators of the stored form") << QStringLiteral("k=v;x,\"y\"\\z'");
+    // Bytes that are not UTF-8, as a file name from an old file system reaches the program.
+    QTest::newRow("not UTF-8") << QString::fromLocal8Bit(QByteArray("caf\xe9 \xff\xfe"));
+}
+
+void tst_ConnectionDialog::hostileValuesRoundTripOrAreRefused()
+{
+    QFETCH(QString, value);
+    GuiFixture fx;
+    MessageLog messages;
+    ConnectionList list(fx.catalogue.get());
+    list.insertRow();
+    const QString name = QStringLiteral("hostile ") + QString::number(qHash(value));
+    bool accepted = false;
+    TReaderConnection typed;
+    withModalDialog([&] { accepted = ConnectionEditor::run(nullptr, fx.services(), list, false); },
+                    [&](TDBConnectionDlgFrm &dlg) {
+                        chooseType(dlg, 4); // PostgreSQL: server, database, user, password
+                        dlg.NameEdt->setText(name);
+                        dlg.cbServer->setEditText(value);
+                        dlg.DatabaseEd->setEditText(value);
+                        dlg.UserEdt->setText(value);
+                        dlg.PasswordEdt->setText(value);
+                        dlg.c->setPlainText(value);
+                        typed = dlg.connectionParams();
+                        clickOk(dlg);
+                        if (dlg.isVisible()) // refused: the dialog says why and stays open
+                            clickCancel(dlg);
+                    });
+    if (!accepted) {
+        QVERIFY2(!messages.errors.isEmpty(), "a refused value must come with a message");
+        return;
+    }
+    // Accepted: the catalogue gives back exactly what was typed.
+    ConnectionList other(fx.catalogue.get());
+    int found = -1;
+    for (int i = 0; i < other.count(); ++i)
+        if (other.row(i).connectionName == name)
+            found = i;
+    QVERIFY(found >= 0);
+    const ConnectionRow row = other.row(found);
+    TReaderConnection stored;
+    StrToReaderConnection(UnpackParameters(row.connectionParameters), stored);
+    QCOMPARE(stored.Server, typed.Server);
+    QCOMPARE(stored.DataBase, typed.DataBase);
+    QCOMPARE(stored.UserName, typed.UserName);
+    QCOMPARE(stored.Password, typed.Password);
+    QCOMPARE(QString::fromUtf8(row.connectionComments), value);
+}

@@ -27,7 +27,7 @@ namespace {
 struct DialogInput
 {
     QString search;
-    QString replace;
+    QString replace = QString();
     bool caseSensitive = false;
     bool ok = true;
 };

@@ -1,0 +1,30 @@
+#pragma once
+#include "core/interchange/WorkbookValueText.h"
+
+#include <QStringList>
+#include <QVector>
+
+class QXmlStreamReader;
+class WorkbookSheetBuilder;
+
+// Reads the cells of one .xlsx worksheet part into a sheet, as it streams: the cell's type ("t")
+// and format ("s") decide its text; formulas give their cached value.
+class XlsxSheetParser
+{
+public:
+    XlsxSheetParser(const QStringList &sharedStrings, const QVector<SerialKind> &styleKinds, bool date1904)
+        : m_sharedStrings(sharedStrings), m_styleKinds(styleKinds), m_date1904(date1904)
+    {
+    }
+
+    // Reads up to the end of <sheetData>. Returns an error text for a cell it cannot place or
+    // read, or an empty text (XML errors stay in xml).
+    QString parse(QXmlStreamReader &xml, WorkbookSheetBuilder &sheet) const;
+
+private:
+    QString cellText(QStringView type, int style, const QString &value, bool &ok) const;
+
+    const QStringList &m_sharedStrings;
+    const QVector<SerialKind> &m_styleKinds;
+    bool m_date1904;
+};

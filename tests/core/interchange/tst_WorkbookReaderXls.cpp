@@ -1,0 +1,123 @@
+// .xls workbooks written by xlwt read cell for cell (numbers, texts, dates of both date systems,
+// sparse cells, several sheets and an empty one), and damaged or truncated files give errors
+// that name the file. Booleans come back as 1 and 0 and formulas without a value: the .xls
+// library reads them so.
+
+#include "core/base/VantryError.h"
+#include "core/interchange/WorkbookReader.h"
+
+#include "PythonWriter.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtTest>
+
+class tst_WorkbookReaderXls : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { QVERIFY(m_dir.isValid()); }
+    void cellsAsXlwtWroteThem_data();
+    void cellsAsXlwtWroteThem();
+    void damagedFilesNameFileAndCause();
+
+private:
+    QTemporaryDir m_dir;
+};
+
+void tst_WorkbookReaderXls::cellsAsXlwtWroteThem_data()
+{
+    QTest::addColumn<bool>("dates1904");
+    QTest::newRow("1900 system") << false;
+    QTest::newRow("1904 system") << true;
+}
+
+void tst_WorkbookReaderXls::cellsAsXlwtWroteThem()
+{
+    QFETCH(bool, dates1904);
+    const QString path = m_dir.filePath(QStringLiteral("types-%1.xls").arg(dates1904));
+    QVERIFY(runPythonWriter(
+        QStringLiteral("import sys, datetime, xlwt\n"
+                       "wb = xlwt.Workbook(); wb.dates_1904 = sys.argv[2] == '1'\n"
+                       "ws = wb.add_sheet('Types')\n"
+                       "for c, v in enumerate([42, -7, 3.25, -1e-300, 1e21, 0.1, 123456789012345, 'text', 'ünï ☃', True]):\n"
+                       "    ws.write(0, c, v)\n"
+                       "fmt = lambda f: xlwt.easyxf(num_format_str=f)\n"
+                       "ws.write(1, 0, datetime.date(2024, 2, 29), fmt('yyyy-mm-dd'))\n"
+                       "ws.write(1, 1, datetime.datetime(2024, 3, 15, 13, 45, 30), fmt('yyyy-mm-dd hh:mm:ss'))\n"
+                       "ws.write(1, 2, datetime.time(7, 5, 9), fmt('hh:mm:ss'))\n"
+                       "ws.write(1, 3, 0.5, fmt('0.00%'))\n"
+                       "ws.write(4, 5, 'sparse')\n"
+                       "wb.add_sheet('Empty'); wb.add_sheet('Third')\n"
+                       "wb.save(sys.argv[1])\n"),
+        {path, dates1904 ? QStringLiteral("1") : QStringLiteral("0")}));
+
+    auto book = WorkbookReader::open(path);
+    QCOMPARE(book->sheetNames(), (QStringList{"Types", "Empty", "Third"}));
+    const WorkbookSheet sheet = book->readSheet(0);
+    QCOMPARE(sheet.rowCount(), 5);
+    QCOMPARE(sheet.columnCount(), 10);
+    const QStringList first{"42", "-7", "3.25", "-1E-300", "1E+21", "0.1", "123456789012345", "text", "ünï ☃", "1"};
+    for (int c = 1; c <= first.size(); ++c)
+        QCOMPARE(sheet.cellText(1, c), first[c - 1]);
+    QCOMPARE(sheet.cellText(2, 1), QStringLiteral("2024-02-29"));
+    QCOMPARE(sheet.cellText(2, 2), QStringLiteral("2024-03-15 13:45:30"));
+    QCOMPARE(sheet.cellText(2, 3), QStringLiteral("07:05:09"));
+    QCOMPARE(sheet.cellText(2, 4), QStringLiteral("0.5"));
+    QCOMPARE(sheet.cellText(3, 1), QString());
+    QCOMPARE(sheet.cellText(5, 6), QStringLiteral("sparse"));
+    QCOMPARE(sheet.cellText(5, 5), QString());
+
+    const WorkbookSheet empty = book->readSheet(1);
+    QCOMPARE(empty.name, QStringLiteral("Empty"));
+    QCOMPARE(empty.rowCount(), 0);
+    QCOMPARE(empty.columnCount(), 0);
+}
+
+void tst_WorkbookReaderXls::damagedFilesNameFileAndCause()
+{
+    const QString good = m_dir.filePath(QStringLiteral("good.xls"));
+    QVERIFY(runPythonWriter(QStringLiteral("import sys, xlwt\n"
+                                           "wb = xlwt.Workbook(); ws = wb.add_sheet('Rows')\n"
+                                           "for r in range(3000): ws.write(r, 0, r); ws.write(r, 1, 'row %d' % r)\n"
+                                           "wb.save(sys.argv[1])\n"),
+                            {good}));
+    QFile file(good);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray bytes = file.readAll();
+
+    struct Damage
+    {
+        const char *name;
+        QByteArray content;
+    };
+    QByteArray scrambledHeader = bytes;
+    for (int i = 8; i < 512; ++i)
+        scrambledHeader[i] = char(0xFF);
+    const QList<Damage> damages{
+        {"truncated.xls", bytes.left(bytes.size() / 3)},
+        {"header.xls", scrambledHeader},
+        {"signature-only.xls", bytes.left(8)},
+        {"text.xls", "name,value\n1,2\n"},
+    };
+    for (const Damage &damage : damages) {
+        const QString path = m_dir.filePath(QString::fromLatin1(damage.name));
+        QFile out(path);
+        QVERIFY(out.open(QIODevice::WriteOnly));
+        out.write(damage.content);
+        out.close();
+        try {
+            auto book = WorkbookReader::open(path);
+            for (int i = 0; i < book->sheetNames().size(); ++i)
+                book->readSheet(i);
+            QFAIL(qPrintable(QStringLiteral("no error for %1").arg(path)));
+        } catch (const VantryError &error) {
+            QVERIFY2(error.message().startsWith(QStringLiteral("Cannot read the workbook \"%1\": ").arg(path)),
+                     qPrintable(error.message()));
+        }
+    }
+}
+
+QTEST_GUILESS_MAIN(tst_WorkbookReaderXls)
+#include "tst_WorkbookReaderXls.moc"
