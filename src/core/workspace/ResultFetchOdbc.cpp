@@ -135,8 +135,8 @@ struct Column
     SQLSMALLINT cType;
     bool bound = false;
     SQLLEN width = 0;               // bytes per row of the bound buffer
-    std::vector<char> data;         // capacity rows of `width` bytes
-    std::vector<SQLLEN> indicators; // one per row: length in bytes, or SQL_NULL_DATA
+    std::vector<char> data{};       // capacity rows of `width` bytes
+    std::vector<SQLLEN> indicators{}; // one per row: length in bytes, or SQL_NULL_DATA
 
     // The bytes a bound value may fill, the terminator of texts aside.
     SQLLEN room() const { return read == Read::Text ? width - SQLLEN(sizeof(char16_t)) : width; }

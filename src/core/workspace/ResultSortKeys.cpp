@@ -43,7 +43,6 @@ int compareBytes(std::string_view a, std::string_view b)
     return a.size() < b.size() ? -1 : (a.size() > b.size() ? 1 : 0);
 }
 
-
 // Least-significant-digit radix sort of the keys, a byte per pass: stable, and linear in the
 // number of rows, where a comparison sort of a million rows spends most of its time in cache
 // misses. A pass whose byte is the same in every key (the high bytes of small integers, a prefix
