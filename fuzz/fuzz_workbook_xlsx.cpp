@@ -9,14 +9,6 @@
 
 #include <cstdint>
 
-// The ZIP library warns through Qt about every bad seek a damaged package asks for; the
-// warnings say nothing a finding would not, and slow the run down.
-extern "C" int LLVMFuzzerInitialize(int *, char ***)
-{
-    qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     auto device = std::make_unique<QBuffer>();

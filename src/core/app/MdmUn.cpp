@@ -12,11 +12,14 @@
 
 #include <QAtomicInt>
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSqlQuery>
 #include <QSqlRecord>
+#include <cerrno>
 #include <climits>
+#include <csignal>
 
 namespace {
 
@@ -34,6 +37,21 @@ ConnectionRow readConnection(const QSqlQuery &q)
     row.stamps = StampColumns::read(q);
     row.connectionType = q.value(r.indexOf(QStringLiteral("CONNECTION_TYPE"))).toInt();
     return row;
+}
+
+// Removes the half-built catalogues ("<file>.<pid>.new") of processes that were killed while
+// they built one; a build of a process still running is left alone.
+void removeAbandonedBuilds(const QString &catalogueFile)
+{
+    const QFileInfo catalogue(catalogueFile);
+    const QDir folder = catalogue.absoluteDir();
+    const QString prefix = catalogue.fileName() + QLatin1Char('.');
+    for (const QString &name : folder.entryList({prefix + QStringLiteral("*.new*")}, QDir::Files)) {
+        bool isNumber = false;
+        const pid_t pid = pid_t(name.mid(prefix.size()).section(QLatin1Char('.'), 0, 0).toLong(&isNumber));
+        if (isNumber && pid > 0 && ::kill(pid, 0) != 0 && errno == ESRCH)
+            QFile::remove(folder.filePath(name));
+    }
 }
 
 } // namespace
@@ -60,6 +78,7 @@ void TMdm::open()
         throw VantryError(QStringLiteral("The catalogue \"%1\" is not a file.").arg(m_fileName));
 
     m_db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connectionName);
+    removeAbandonedBuilds(m_fileName);
     if (!QFileInfo::exists(m_fileName))
         buildNewCatalogue();
     OwnerOnly::restrictFile(m_fileName);

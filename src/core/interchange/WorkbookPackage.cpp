@@ -2,24 +2,71 @@
 
 #include "core/interchange/WorkbookSheetBuilder.h"
 
-#include <quazip.h>
-#include <quazipfile.h>
-
 #include <QXmlStreamReader>
 
+#include <minizip/unzip.h>
+
 namespace {
+
+// minizip reads the package through these callbacks from the QIODevice it is given as its "path".
+// The system's minizip is the one libxlsxwriter writes with, so one ZIP library serves both.
+voidpf openDevice(voidpf, const void *device, int)
+{
+    return const_cast<void *>(device);
+}
+
+uLong readDevice(voidpf, voidpf device, void *buffer, uLong size)
+{
+    const qint64 got = static_cast<QIODevice *>(device)->read(static_cast<char *>(buffer), qint64(size));
+    return got < 0 ? 0 : uLong(got);
+}
+
+uLong writeNothing(voidpf, voidpf, const void *, uLong)
+{
+    return 0;
+}
+
+ZPOS64_T tellDevice(voidpf, voidpf device)
+{
+    return ZPOS64_T(static_cast<QIODevice *>(device)->pos());
+}
+
+long seekDevice(voidpf, voidpf device, ZPOS64_T offset, int origin)
+{
+    auto *io = static_cast<QIODevice *>(device);
+    qint64 target = qint64(offset);
+    if (origin == ZLIB_FILEFUNC_SEEK_CUR)
+        target += io->pos();
+    else if (origin == ZLIB_FILEFUNC_SEEK_END)
+        target += io->size();
+    return target >= 0 && target <= io->size() && io->seek(target) ? 0 : -1;
+}
+
+int closeNothing(voidpf, voidpf)
+{
+    return 0; // the package owns the device
+}
+
+int deviceError(voidpf, voidpf)
+{
+    return 0; // failures show as short reads and failed seeks
+}
 
 // Reads a ZIP entry as it decompresses and fails once it passes its byte cap.
 class BoundedPart : public QIODevice
 {
 public:
-    BoundedPart(QuaZip *zip, qint64 maxBytes) : m_entry(zip), m_left(maxBytes) {}
+    BoundedPart(unzFile zip, qint64 maxBytes) : m_zip(zip), m_left(maxBytes) {}
+    ~BoundedPart() override
+    {
+        if (m_entryOpen)
+            unzCloseCurrentFile(m_zip);
+    }
 
     bool start()
     {
-        if (!m_entry.open(QIODevice::ReadOnly))
-            return false;
-        return open(QIODevice::ReadOnly);
+        m_entryOpen = unzOpenCurrentFile(m_zip) == UNZ_OK;
+        return m_entryOpen && open(QIODevice::ReadOnly);
     }
     bool isSequential() const override { return true; }
     bool atEnd() const override { return m_finished || !failure.isEmpty(); }
@@ -33,7 +80,8 @@ protected:
         if (maxSize <= 0)
             return 0;
         // One byte more than the cap is asked for, to tell a part that ends at the cap from one that goes on.
-        const qint64 got = m_entry.read(data, qMin(maxSize, m_left + 1));
+        const unsigned ask = unsigned(qMin<qint64>(qMin(maxSize, m_left + 1), 1 << 30));
+        const int got = unzReadCurrentFile(m_zip, data, ask);
         if (got < 0) {
             failure = QStringLiteral("its compressed data is damaged");
             return -1;
@@ -46,8 +94,8 @@ protected:
         if (got == 0) {
             // The end of the entry: a wrong checksum shows as an error when it is closed.
             m_finished = true;
-            m_entry.close();
-            if (m_entry.getZipError() != UNZ_OK)
+            m_entryOpen = false;
+            if (unzCloseCurrentFile(m_zip) != UNZ_OK)
                 failure = QStringLiteral("its data does not match its checksum");
             return -1;
         }
@@ -56,10 +104,11 @@ protected:
     qint64 writeData(const char *, qint64) override { return -1; }
 
 private:
-    QuaZipFile m_entry;
+    unzFile m_zip;
     qint64 m_left;
     qint64 m_cap = m_left;
     bool m_finished = false;
+    bool m_entryOpen = false;
 };
 
 QString folderOf(const QString &partName)
@@ -88,24 +137,30 @@ QString resolveTarget(const QString &base, const QString &target)
 } // namespace
 
 WorkbookPackage::WorkbookPackage(std::unique_ptr<QIODevice> device, const QString &file)
-    : m_file(file), m_device(std::move(device)), m_zip(std::make_unique<QuaZip>(m_device.get()))
+    : m_file(file), m_device(std::move(device))
 {
-    if (!m_zip->open(QuaZip::mdUnzip))
+    zlib_filefunc64_def io{openDevice, readDevice, writeNothing, tellDevice, seekDevice, closeNothing, deviceError, nullptr};
+    m_zip = unzOpen2_64(m_device.get(), &io);
+    if (!m_zip)
         throwWorkbookError(m_file, QStringLiteral("it is not a ZIP package (the file is damaged or of another kind)"));
 }
 
-WorkbookPackage::~WorkbookPackage() = default;
+WorkbookPackage::~WorkbookPackage()
+{
+    unzClose(m_zip);
+}
 
 bool WorkbookPackage::hasPart(const QString &name) const
 {
-    return m_zip->setCurrentFile(name, QuaZip::csInsensitive);
+    constexpr int caseInsensitive = 2;
+    return unzLocateFile(m_zip, name.toUtf8().constData(), caseInsensitive) == UNZ_OK;
 }
 
 std::unique_ptr<QIODevice> WorkbookPackage::openPart(const QString &name, qint64 maxBytes) const
 {
-    if (!m_zip->setCurrentFile(name, QuaZip::csInsensitive))
+    if (!hasPart(name))
         throwWorkbookError(m_file, QStringLiteral("the part \"%1\" is missing").arg(name));
-    auto part = std::make_unique<BoundedPart>(m_zip.get(), maxBytes);
+    auto part = std::make_unique<BoundedPart>(m_zip, maxBytes);
     if (!part->start())
         throwWorkbookError(m_file, QStringLiteral("the part \"%1\" cannot be opened (it is damaged or encrypted)").arg(name));
     return part;

@@ -6,8 +6,6 @@
 
 #include <memory>
 
-class QuaZip;
-
 // The ZIP package of an .xlsx, .xlsm or .xlsb workbook: its parts (ZIP entries, names compared
 // without case) and the relationships between them. Every part is read with a cap on its
 // decompressed size, so a small hostile file cannot expand into gigabytes; the sizes an entry's
@@ -24,6 +22,8 @@ public:
     // Opens the package read from an open device; file names the workbook in errors.
     WorkbookPackage(std::unique_ptr<QIODevice> device, const QString &file);
     ~WorkbookPackage();
+    WorkbookPackage(const WorkbookPackage &) = delete;
+    WorkbookPackage &operator=(const WorkbookPackage &) = delete;
 
     const QString &file() const { return m_file; }
     bool hasPart(const QString &name) const;
@@ -43,5 +43,5 @@ public:
 private:
     QString m_file;
     std::unique_ptr<QIODevice> m_device;
-    std::unique_ptr<QuaZip> m_zip;
+    void *m_zip = nullptr; // minizip's unzFile
 };
