@@ -148,6 +148,41 @@ inline void createPostgres(const QByteArray &conninfo, int rows)
     PQfinish(conn);
 }
 
+// Adds the table `sortset` to a SQLite file: per row a random text of 10 to 20 letters (few
+// shared prefixes, unlike the repetitive texts of t) and a random 64-bit integer, from a fixed
+// seed so every run sorts the same values.
+inline void createSortTable(const QString &file, int rows)
+{
+    sqlite3 *db = nullptr;
+    sqlite3_open(file.toUtf8().constData(), &db);
+    sqlite3_exec(db, "drop table if exists sortset; create table sortset (id integer, word text, num integer)", nullptr,
+                 nullptr, nullptr);
+    sqlite3_exec(db, "begin", nullptr, nullptr, nullptr);
+    sqlite3_stmt *insert = nullptr;
+    sqlite3_prepare_v2(db, "insert into sortset values (?,?,?)", -1, &insert, nullptr);
+    quint64 state = 0x9E3779B97F4A7C15ull;
+    auto next = [&state] { // xorshift64*
+        state ^= state >> 12;
+        state ^= state << 25;
+        state ^= state >> 27;
+        return state * 0x2545F4914F6CDD1Dull;
+    };
+    char word[24];
+    for (int i = 0; i < rows; ++i) {
+        const int length = 10 + int(next() % 11);
+        for (int c = 0; c < length; ++c)
+            word[c] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ"[next() % 52];
+        sqlite3_bind_int64(insert, 1, i);
+        sqlite3_bind_text(insert, 2, word, length, SQLITE_TRANSIENT);
+        sqlite3_bind_int64(insert, 3, qint64(next()));
+        sqlite3_step(insert);
+        sqlite3_reset(insert);
+    }
+    sqlite3_finalize(insert);
+    sqlite3_exec(db, "commit", nullptr, nullptr, nullptr);
+    sqlite3_close(db);
+}
+
 // Generates the SQLite file `name` in the benchmarks' temporary folder and returns its path.
 inline QString generatedSqliteFile(const char *name, int rows)
 {

@@ -101,6 +101,10 @@ int main(int argc, char **argv)
         window.showMaximized();
         if (!fileError.isEmpty())
             QTimer::singleShot(0, &window, [fileError] { VantryApplication::reportError(fileError); });
+        // For start-up measurements: leave as soon as the event loop has shown the window and
+        // has nothing left to do.
+        if (qEnvironmentVariableIsSet("VANTRY_QUIT_WHEN_IDLE"))
+            QTimer::singleShot(0, &app, &QCoreApplication::quit);
         return app.exec();
     } catch (const VantryError &e) {
         VantryApplication::reportError(e.message());

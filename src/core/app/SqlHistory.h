@@ -1,13 +1,19 @@
 #pragma once
 #include "core/app/CatalogueRows.h"
 
+#include <QHash>
 #include <QList>
 #include <QObject>
 #include <QSqlDatabase>
 #include <functional>
+#include <optional>
 
 // The history of executed statements (adsSqlBuffer): all rows in key order with one current row,
 // shared by every tab, the previous/next buttons and the history picker.
+//
+// The history may hold a million rows, so nothing reads them all: the current row is read by its
+// key, a step reads its neighbour by key, the picker reads pages of rows as it shows them, and
+// the number of rows and the current row's position are counted only when first asked for.
 class SqlHistory : public QObject
 {
     Q_OBJECT
@@ -15,14 +21,18 @@ public:
     using IdSource = std::function<int()>;
     SqlHistory(QSqlDatabase db, IdSource nextId, QObject *parent = nullptr);
 
+    // Reads the history again (after changes made elsewhere), keeping the current row when it is
+    // still there, else the first.
     void reload();
 
-    int count() const { return int(m_rows.size()); }
-    bool isEmpty() const { return m_rows.isEmpty(); }
-    const QList<HistoryRow> &rows() const { return m_rows; }
-    int currentIndex() const { return m_current; }
+    int count() const;
+    bool isEmpty() const { return !m_current; }
+    // The row at `index` in key order; an empty row out of range.
+    HistoryRow row(int index) const;
+    // The current row's position; -1 for an empty history.
+    int currentIndex() const;
     // The current row, or nullptr for an empty history.
-    const HistoryRow *current() const;
+    const HistoryRow *current() const { return m_current ? &*m_current : nullptr; }
 
     void setCurrentIndex(int index);
     bool prior();   // one row back; false (and no move) at the first row
@@ -40,11 +50,19 @@ public:
 
 signals:
     void changed();
-    void currentChanged(int index);
+    void currentChanged();
 
 private:
-    QSqlDatabase m_db;
+    static constexpr int Unknown = -2;
+
+    std::optional<HistoryRow> readOne(const QString &condition, std::initializer_list<QVariant> binds) const;
+    void setCurrent(std::optional<HistoryRow> row, int index);
+    void forgetPages() const { m_pages.clear(); }
+
+    mutable QSqlDatabase m_db;
     IdSource m_nextId;
-    QList<HistoryRow> m_rows;
-    int m_current = -1;
+    std::optional<HistoryRow> m_current;
+    mutable int m_currentIndex = -1;         // Unknown until counted
+    mutable int m_count = Unknown;
+    mutable QHash<int, QList<HistoryRow>> m_pages; // rows by page of PageRows, as the picker reads them
 };

@@ -2,44 +2,17 @@
 
 #include "core/connections/AdoConnectionString.h"
 #include "core/connections/AdoToOdbc.h"
+#include "core/connections/OdbcKeywords.h"
 
 #include <QRegularExpression>
 #include <QStringList>
-
-
-namespace {
-
-// The pieces of an ODBC connection string between ";" as written; a ";" inside braces belongs
-// to its value.
-QStringList rawPieces(const QString &text)
-{
-    QStringList pieces;
-    QString piece;
-    int depth = 0;
-    for (const QChar c : text) {
-        if (c == QLatin1Char('{'))
-            ++depth;
-        else if (c == QLatin1Char('}') && depth > 0)
-            --depth;
-        if (c == QLatin1Char(';') && depth == 0) {
-            pieces << piece;
-            piece.clear();
-        } else {
-            piece += c;
-        }
-    }
-    pieces << piece;
-    return pieces;
-}
-
-} // namespace
 
 QString qodbcDatabaseName(const QString &odbcConnectionString)
 {
     static const QRegularExpression emptyLogin(QStringLiteral("^\\s*(UID|PWD)\\s*=\\s*$"),
                                                QRegularExpression::CaseInsensitiveOption);
     QStringList kept;
-    for (const QString &piece : rawPieces(odbcConnectionString))
+    for (const QString &piece : OdbcKeywords::pieces(odbcConnectionString))
         if (!piece.trimmed().isEmpty() && !emptyLogin.match(piece).hasMatch())
             kept << piece;
     const QString name = kept.join(QLatin1Char(';'));

@@ -1,6 +1,7 @@
 #include "core/connections/AdoToOdbc.h"
 
 #include "core/base/VantryError.h"
+#include "core/connections/DataLinkFile.h"
 #include "core/connections/SqlServerDriver.h"
 
 #include <QStringList>
@@ -140,11 +141,36 @@ QString AdoToOdbc::odbcValue(const QString &value)
            + QLatin1Char('}');
 }
 
+QString AdoToOdbc::adoValue(const QString &value)
+{
+    const bool needsQuotes = value.contains(QLatin1Char(';')) || value.startsWith(QLatin1Char('"'))
+                             || value.startsWith(QLatin1Char('\'')) || value != value.trimmed();
+    if (!needsQuotes)
+        return value;
+    return QLatin1Char('"') + QString(value).replace(QLatin1String("\""), QLatin1String("\"\""))
+           + QLatin1Char('"');
+}
+
 QString AdoToOdbc::translate(const QString &adoConnectionString)
 {
     if (adoConnectionString.trimmed().isEmpty())
         throw VantryError(QStringLiteral("The connection string is empty."));
     const QVector<Pair> pairs = parse(adoConnectionString);
+    bool hasFile = false;
+    const QString fileName = value(pairs, {QStringLiteral("File Name")}, &hasFile).trimmed();
+    if (hasFile) {
+        // The data link file's string, with the other pieces after it: they win over the file's.
+        const QString path = DataLinkFile::pathOf(fileName);
+        QString inner = DataLinkFile::read(path);
+        bool nested = false;
+        value(parse(inner), {QStringLiteral("File Name")}, &nested);
+        if (nested)
+            throw VantryError(QStringLiteral("The data link file %1 names another data link file.").arg(path));
+        for (const Pair &pair : pairs)
+            if (pair.key.compare(QLatin1String("File Name"), Qt::CaseInsensitive) != 0)
+                inner += QLatin1Char(';') + pair.key + QLatin1Char('=') + adoValue(pair.value);
+        return translate(inner);
+    }
     bool hasProvider = false;
     const QString provider = value(pairs, {QStringLiteral("Provider")}, &hasProvider).trimmed();
 

@@ -8,6 +8,8 @@
 //                                      then ";UID=...;PWD=..." or ";Trusted_Connection=Yes"
 //   Microsoft.Jet.OLEDB..., Microsoft.ACE.OLEDB...
 //                                      "DRIVER={MDBTools};DBQ=" the file (read-only Access)
+//   File Name=<data link file>          the string inside the file (a name without folder lies in the
+//                                      data link folder), then the string's other pieces, translated
 //   no Provider, an ODBC string        as it stands ("DRIVER=..." or "DSN=...")
 //   no Provider otherwise              read as MSDASQL, ADO's own default provider
 //   any other provider                 VantryError "OLE DB provider '<name>' is not available on this system"
@@ -39,4 +41,6 @@ public:
 
     // An ODBC attribute value, in braces when it would otherwise break the string.
     static QString odbcValue(const QString &value);
+    // An ADO property value, in double quotes (doubled inside) when it would otherwise break the string.
+    static QString adoValue(const QString &value);
 };

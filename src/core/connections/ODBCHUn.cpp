@@ -218,6 +218,22 @@ QString Connection::driverConnect(const QString &connectionString, const QString
     return fromSqlW(out, qBound(qsizetype(0), qsizetype(outLength), qsizetype(std::size(out)) - 1));
 }
 
+QString Connection::browseConnect(const QString &connectionString, bool *needsData, const QString &failure)
+{
+    auto in = toSqlW(connectionString);
+    SQLWCHAR out[1024] = {};
+    SQLSMALLINT outLength = 0;
+    const SQLRETURN rc = api().SQLBrowseConnectW(m_dbc, in.get(), lengthOf(connectionString), out,
+                                                 SQLSMALLINT(std::size(out)), &outLength);
+    if (rc != SQL_NEED_DATA && !succeeded(rc))
+        throw VantryError(errorText(failure, SQL_HANDLE_DBC, m_dbc));
+    // A finished or half-finished browse leaves the connection in need of a disconnect.
+    api().SQLDisconnect(m_dbc);
+    if (needsData)
+        *needsData = rc == SQL_NEED_DATA;
+    return fromSqlW(out, qBound(qsizetype(0), qsizetype(outLength), qsizetype(std::size(out)) - 1));
+}
+
 void Connection::connect(const QString &dsn, const QString &user, const QString &password)
 {
     auto d = toSqlW(dsn), u = toSqlW(user), p = toSqlW(password);

@@ -109,6 +109,11 @@ public:
     void setLoginTimeout(int seconds);
     // SQLDriverConnect without prompting; returns the completed connection string.
     QString driverConnect(const QString &connectionString, const QString &failure = QStringLiteral("SQLDriverConnect Failed:"));
+    // One step of SQLBrowseConnect: the driver's answer, which lists what it still needs
+    // ("KEY:Prompt=?;...") or, once it has connected, the completed connection string. needsData
+    // tells which. The connection is left disconnected either way: the answer is all that is wanted.
+    QString browseConnect(const QString &connectionString, bool *needsData = nullptr,
+                          const QString &failure = QStringLiteral("SQLBrowseConnect Failed:"));
     // SQLConnect to a data source name.
     void connect(const QString &dsn, const QString &user, const QString &password);
     void disconnect();

@@ -126,17 +126,7 @@ QStringList browseSqlServers()
 {
     Odbc::Environment env;
     Odbc::Connection dbc(env);
-    const QString in = SqlServerDriver::current().odbcDriverText;
-    auto inW = Odbc::toSqlW(in);
-    SQLWCHAR out[1024] = {};
-    SQLSMALLINT outLength = 0;
-    const SQLRETURN rc = Odbc::api().SQLBrowseConnectW(dbc.handle(), inW.get(), SQLSMALLINT(in.size()), out,
-                                                       SQLSMALLINT(std::size(out)), &outLength);
-    if (rc != SQL_SUCCESS && rc != SQL_NEED_DATA)
-        throw VantryError(Odbc::errorText(QStringLiteral("SQLBrowseConnect Failed:"), SQL_HANDLE_DBC, dbc.handle()));
-    // A finished or half-finished browse leaves the connection in need of a disconnect.
-    Odbc::api().SQLDisconnect(dbc.handle());
-    const QString answer = Odbc::fromSqlW(out);
+    const QString answer = dbc.browseConnect(SqlServerDriver::current().odbcDriverText);
     const qsizetype open = answer.indexOf(QLatin1Char('{'));
     const qsizetype close = open < 0 ? -1 : answer.indexOf(QLatin1Char('}'), open);
     if (close < 0)

@@ -34,7 +34,7 @@ public:
     // transaction). Safe to call twice; the destructor calls it and swallows errors.
     virtual void close() = 0;
 
-    // "sqlite", "postgres", "mariadb", "firebird" or "generic": how the cursor reads its rows.
+    // "sqlite", "postgres", "mariadb", "firebird", "odbc" or "generic": how the cursor reads its rows.
     virtual QString path() const = 0;
 
     enum class Path { Automatic, Generic };

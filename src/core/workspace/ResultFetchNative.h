@@ -12,8 +12,12 @@ namespace ResultFetchNative {
 
 std::unique_ptr<ResultCursor> openSqlite(const QSqlDatabase &db, const QString &statement);
 std::unique_ptr<ResultCursor> openPostgres(const QSqlDatabase &db, const QString &statement);
-// ODBC: runs the statement through Qt's driver, then reads its values from the statement handle.
-std::unique_ptr<ResultCursor> openOdbc(const QSqlDatabase &db, const QString &statement, EngineCancel *cancel);
+// ODBC: runs the statement through Qt's driver, then reads its values from the statement handle,
+// in blocks of bound rows, or (ValueByValue) one SQLGetData per value, the way that asks least
+// of a driver.
+enum class OdbcFetch { Block, ValueByValue };
+std::unique_ptr<ResultCursor> openOdbc(const QSqlDatabase &db, const QString &statement, EngineCancel *cancel,
+                                       OdbcFetch mode = OdbcFetch::Block);
 
 // Looks up a symbol of a client library that is already loaded into the process (by the Qt
 // driver plugin); nullptr when the library is not loaded or lacks the symbol. Resolving against

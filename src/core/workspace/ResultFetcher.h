@@ -18,7 +18,7 @@ public:
     static std::unique_ptr<ResultTable> fetch(const QSqlDatabase &db, const QString &statement,
                                               qint64 recordLimit, Path path = Path::Automatic);
     // The way the last fetch of this thread read its rows: "sqlite", "postgres", "mariadb",
-    // "firebird" or "generic".
+    // "firebird", "odbc" or "generic".
     static QString lastPath();
 
     static std::unique_ptr<ResultTable> fetchGeneric(const QSqlDatabase &db,

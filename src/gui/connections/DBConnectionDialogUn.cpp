@@ -6,6 +6,8 @@
 #include "core/connections/ConnectionTypes.h"
 #include "gui/app/UserMessages.h"
 #include "gui/connections/FileNameEdit.h"
+#include "gui/connections/ODBCDlgUn.h"
+#include "gui/connections/ODBCUn.h"
 #include "gui/connections/OdbcAdministrator.h"
 #include "gui/connections/ServerComboBox.h"
 #include "core/connections/impDMun.h"
@@ -55,13 +57,13 @@ bool isFileDatabase(TDataSourceType type)
     return type == dsInterbase || type == dsSqLite || type == dsSqlServerCE;
 }
 
-// The ODBC connection-string builder and the OLE DB connection-string editor take the current
-// string and return the new one. Neither exists in the program yet, so the string comes back as
-// it is and the memo keeps its text.
-QString builtConnectionString(TDataSourceType type, const QString &current)
+// The OLE DB connection-string editor run on the dialog's own OLE DB connection object; the
+// string comes back unchanged when the editor is cancelled.
+QString editedOleDbString(const QString &current, QWidget *parent)
 {
-    Q_UNUSED(type)
-    return current;
+    OleDbConnection connection{QStringLiteral("adcOleDb"), current};
+    EditConnectionString(connection, parent);
+    return connection.ConnectionString;
 }
 
 } // namespace
@@ -295,8 +297,24 @@ void TDBConnectionDlgFrm::btnOdbcAdminClick()
 void TDBConnectionDlgFrm::tbBuildConnectionStringClick()
 {
     const TDataSourceType type = typeIndex() >= 0 ? ConnectionTypes::typeOfIndex(typeIndex()) : dsNone;
-    // For ODBC the memo is hidden: the built string lands there but only the DSN is saved.
-    mOleDbConnection->setPlainText(builtConnectionString(type, mOleDbConnection->toPlainText()));
+    if (type != dsODBC) {
+        mOleDbConnection->setPlainText(editedOleDbString(mOleDbConnection->toPlainText(), this));
+        return;
+    }
+    // The memo is hidden for ODBC and not saved, so a string built there alone would be lost.
+    // The built string goes into the DSN box too: that box is saved, and the ODBC path opens a
+    // "DRIVER=..." text there as a whole connection string. A string already in the box is the
+    // one the builder starts from.
+    const QString server = cbServer->currentText();
+    const QString current = server.contains(QLatin1String("DRIVER="), Qt::CaseInsensitive) ? server
+                                                                                           : mOleDbConnection->toPlainText();
+    const QString built = TODBCDlgFrm::Execute(current, this);
+    mOleDbConnection->setPlainText(built);
+    if (built == current)
+        return;
+    cbServer->setEditText(built);
+    if (QLineEdit *edit = cbServer->lineEdit())
+        edit->setCursorPosition(0); // the driver's name first
 }
 
 // ---------------------------------------------------------------- OK

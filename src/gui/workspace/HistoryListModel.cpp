@@ -21,7 +21,7 @@ QVariant HistoryListModel::data(const QModelIndex &index, int role) const
     if (!index.isValid() || index.row() >= m_history.count())
         return {};
     if (role == Qt::DisplayRole || role == Qt::EditRole || role == Qt::ToolTipRole)
-        return m_history.rows().at(index.row()).executedSql;
+        return m_history.row(index.row()).executedSql;
     return {};
 }
 

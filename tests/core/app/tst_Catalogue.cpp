@@ -153,8 +153,8 @@ private slots:
                                       "values (100, 'later'), (1, 'earliest')")));
         mdm.history().reload();
         QStringList texts;
-        for (const HistoryRow &r : mdm.history().rows())
-            texts << r.executedSql;
+        for (int i = 0; i < mdm.history().count(); ++i)
+            texts << mdm.history().row(i).executedSql;
         QCOMPARE(texts, (QStringList{QStringLiteral("earliest"), QStringLiteral("select 1"), QStringLiteral("later")}));
     }
 

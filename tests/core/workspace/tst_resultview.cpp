@@ -5,6 +5,7 @@
 
 #include <QtTest>
 
+#include <limits>
 #include <numeric>
 
 // Filtering, sorting and grouping a result as a row permutation, and the columnar storage under
@@ -85,7 +86,8 @@ private slots:
 
     // The keyed sort of one column must give exactly the order of the general comparison, ties
     // kept in row order, in both directions: shared 8-byte prefixes, a text that is another's
-    // prefix, negative numbers, zero, NULLs and repeated values.
+    // prefix, texts beyond ASCII, negative numbers, zero, the extreme integers, NULLs and repeated
+    // values.
     void keyedSortMatchesTheComparison_data()
     {
         QTest::addColumn<int>("column");
@@ -103,7 +105,8 @@ private slots:
         table.addColumn("text", "text");
         table.addColumn("integer", "integer");
         table.addColumn("real", "real");
-        const QStringList texts = {"prefix-12345", "prefix-1234", "prefix-12", "prefix-123456789", "", "Zeta", "alpha", "prefix-12"};
+        const QStringList texts = {"prefix-12345", "prefix-1234", "prefix-12", "prefix-123456789", "", "Zeta", "alpha",
+                                   "prefix-12", QStringLiteral("\u00E9t\u00E9"), QStringLiteral("prefix-12\u00E9")};
         for (int i = 0; i < 400; ++i) {
             if (i % 13 == 0) {
                 for (int c = 0; c < 3; ++c)
@@ -111,8 +114,10 @@ private slots:
                 continue;
             }
             table.column(0).appendVariant(texts[(i * 7) % texts.size()] + (i % 3 ? QString() : QString::number(i % 5)));
-            table.column(1).appendInt((i * 7919) % 61 - 30);
-            table.column(2).appendReal(((i * 31) % 23 - 11) * 0.5);
+            const bool extreme = i % 37 == 0 || i % 41 == 0;
+            table.column(1).appendInt(extreme ? (i % 37 ? std::numeric_limits<qint64>::max() : std::numeric_limits<qint64>::min())
+                                              : (i * 7919) % 61 - 30);
+            table.column(2).appendReal(extreme ? (i % 37 ? 1e300 : -1e300) : ((i * 31) % 23 - 11) * 0.5);
         }
         table.finishFetch(false);
         std::vector<qint64> expected(size_t(table.rowCount()));

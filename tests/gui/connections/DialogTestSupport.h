@@ -7,6 +7,7 @@
 
 #include <QApplication>
 #include <QComboBox>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QPushButton>
 #include <QTimer>
@@ -81,4 +82,12 @@ inline void chooseType(TDBConnectionDlgFrm &dlg, int index)
     dlg.ConnectionTypeCombo->setCurrentIndex(index);
     emit dlg.ConnectionTypeCombo->activated(index);
     QCoreApplication::processEvents(); // let the layouts place the controls
+}
+
+// Saves a picture of a window when $VANTRY_SHOT_DIR names a folder, for a look at the layout.
+inline void shoot(QWidget &window, const QString &name)
+{
+    const QString dir = qEnvironmentVariable("VANTRY_SHOT_DIR");
+    if (!dir.isEmpty())
+        window.grab().save(QDir(dir).filePath(name));
 }
