@@ -689,8 +689,11 @@ private:
             } else if (t.kind == SqlToken::RParen) {
                 --depth;
             }
-            if ((t.kind == SqlToken::Number && followsValue(e)) || t.isWord("SELECT"))
-                unexpected(); // a SELECT in an expression stands only in parentheses of its own
+            // A SELECT in an expression stands only in parentheses of its own; an expression that
+            // opens with WITH would read back as a subquery once put in parentheses.
+            if ((t.kind == SqlToken::Number && followsValue(e)) || t.isWord("SELECT")
+                || (e.parts.isEmpty() && t.isWord("WITH")))
+                unexpected();
             take();
             e.parts.append(ExprPart{partKind(t.kind), t.text, SubqueryKind::Scalar, {}});
         }

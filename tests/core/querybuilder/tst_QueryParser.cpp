@@ -234,6 +234,7 @@ private slots:
         QTest::newRow("end") << "SELECT a FROM t WHERE a IN (" << 1 << 29 << "Expected ')' but found the end of the statement";
         QTest::newRow("mistyped select") << "SELCT a FROM t" << 1 << 1 << "Expected SELECT but found 'SELCT'";
         QTest::newRow("two values") << "SELECT a FROM t WHERE a = 1 2" << 1 << 29 << "Unexpected '2'";
+        QTest::newRow("criterion opening with WITH") << "SELECT a FROM t WHERE WITH.x = 1" << 1 << 23 << "Unexpected 'WITH'";
         QTest::newRow("right-nested join") << "SELECT a FROM t JOIN (u JOIN v ON 1 = 1) ON 1 = 1" << 1 << 22
                                            << "Joins nested in parentheses after JOIN are not supported";
         QTest::newRow("too deep") << QStringLiteral("SELECT a FROM t WHERE x IN (").repeated(200)
