@@ -3,6 +3,7 @@
 // its keywords connect; a failing driver's words reach the user and change nothing; a data link
 // file written by the editor opens through the ADO path; Cancel leaves the caller's string.
 
+#include "ErrorOf.h"
 #include "TestServers.h"
 #include "../gui/connections/DialogTestSupport.h"
 
@@ -50,16 +51,6 @@ QString firstValue(const QString &connectionString, const QString &sql)
     if (!query.exec(sql) || !query.next())
         return QStringLiteral("<no row>");
     return query.value(0).toString();
-}
-
-QString errorOf(const std::function<void()> &f)
-{
-    try {
-        f();
-    } catch (const VantryError &e) {
-        return e.message();
-    }
-    return QString();
 }
 
 } // namespace

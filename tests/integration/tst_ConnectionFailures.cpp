@@ -1,6 +1,7 @@
 // Connections that cannot be made: each must fail quickly with an error that names the cause, on
 // both the workspace's connect and the discovery service's test.
 
+#include "ErrorOf.h"
 #include "TestServers.h"
 
 #include "core/base/VantryError.h"
@@ -21,17 +22,6 @@ namespace {
 constexpr int kDeadPort = 1;
 
 // Runs the call and returns its error text; a call that does not throw fails the test.
-template<typename Call>
-QString errorOf(Call call)
-{
-    try {
-        call();
-    } catch (const VantryError &e) {
-        return e.message();
-    }
-    return QStringLiteral("<no error>");
-}
-
 } // namespace
 
 class tst_ConnectionFailures : public QObject
@@ -147,7 +137,7 @@ void tst_ConnectionFailures::unreachableHostFailsInBoundedTime()
     QElapsedTimer timer;
     timer.start();
     const QString error = errorOf([&] { dm.TestRConnection(record); });
-    QVERIFY2(error != "<no error>", "connected to a non-routable address");
+    QVERIFY2(!error.isEmpty(), "connected to a non-routable address");
     QVERIFY2(timer.elapsed() < 25000, qPrintable(QString::number(timer.elapsed()) + " ms: " + error));
     qInfo("%lld ms: %s", qint64(timer.elapsed()), qPrintable(error));
 }

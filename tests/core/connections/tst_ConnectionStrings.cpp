@@ -7,25 +7,12 @@
 #include "core/connections/SqlServerDriver.h"
 #include "core/connections/UniversalConfig.h"
 
+#include "ErrorOf.h"
 #include "TestServers.h"
 
 #include <QtTest>
 
 Q_DECLARE_METATYPE(TDataSourceType)
-
-namespace {
-
-QString errorOf(const std::function<void()> &f)
-{
-    try {
-        f();
-    } catch (const VantryError &e) {
-        return e.message();
-    }
-    return QString();
-}
-
-} // namespace
 
 class tst_ConnectionStrings : public QObject
 {

@@ -6,6 +6,7 @@
 #include "core/connections/DataLinkFile.h"
 #include "core/connections/DataLinkProperties.h"
 
+#include "ErrorOf.h"
 #include "TempHome.h"
 
 #include <QDir>
@@ -14,16 +15,6 @@
 #include <QtTest>
 
 namespace {
-
-QString errorOf(const std::function<void()> &f)
-{
-    try {
-        f();
-    } catch (const VantryError &e) {
-        return e.message();
-    }
-    return QString();
-}
 
 QByteArray bytesOf(const QString &path)
 {
