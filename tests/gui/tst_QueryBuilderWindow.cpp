@@ -1,6 +1,7 @@
 // The query builder window on a SQLite database of its own: the dialect each kind of connection
 // opens with, the opening routine's OK and Cancel, text and diagram in step, parse errors, the
 // data preview, and the two options dialogs with their settings file.
+#include "HostileValues.h"
 #include "TempHome.h"
 
 #include "core/querybuilder/SqlParser.h"
@@ -502,6 +503,26 @@ private slots:
         TfmAQBOptions reopened(nullptr, nullptr);
         reopened.setFreeOnClose(false);
         QCOMPARE(contentsOf(reopened.settings(), b), written);
+    }
+
+    // Captions a user should not type come back from "options.ini" as they were typed.
+    void hostileCaptionsRoundTripThroughTheOptionsFile_data() { addHostileValueRows(); }
+    void hostileCaptionsRoundTripThroughTheOptionsFile()
+    {
+        QFETCH(QString, value);
+        TempHome home;
+        QueryBuilderSettings typed;
+        typed.diagram.fieldsCaption = typed.diagram.objectsCaption = typed.diagram.unionsCaption = value;
+        TfmAQBOptions dialog(nullptr, nullptr);
+        dialog.setFreeOnClose(false);
+        dialog.setSettings(typed);
+        const QueryDiagramOptions shown = dialog.settings().diagram;
+        QCOMPARE(shown.fieldsCaption, value.left(32767)); // a line edit's length limit
+        dialog.bSaveDefaultsClick();
+        const QueryDiagramOptions read = QueryBuilderSettings::load(QueryBuilderSettings::fileName()).diagram;
+        QCOMPARE(read.fieldsCaption, shown.fieldsCaption);
+        QCOMPARE(read.objectsCaption, shown.objectsCaption);
+        QCOMPARE(read.unionsCaption, shown.unionsCaption);
     }
 
     // A missing file gives the initial values the dialog names; OK applies the dialog to the

@@ -1,6 +1,7 @@
 #include "core/connections/DataLinkFile.h"
 
 #include "core/base/DataFolder.h"
+#include "core/base/SavedFile.h"
 #include "core/base/VantryError.h"
 
 #include <QDir>
@@ -94,9 +95,13 @@ QByteArray contents(const QString &connectionString)
 
 void write(const QString &path, const QString &connectionString)
 {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(contents(connectionString)) < 0 || !file.commit())
-        throw VantryError(QStringLiteral("The data link file %1 cannot be written: %2").arg(path, file.errorString()));
+    // The file holds the string on one line; a line break would cut it when read back.
+    if (connectionString.contains(QLatin1Char('\n')) || connectionString.contains(QLatin1Char('\r')))
+        throw VantryError(QStringLiteral("The data link file %1 cannot be written: its connection string holds a "
+                                         "line break, which a data link file cannot keep.").arg(path));
+    const QString cause = saveWholeFile(path, contents(connectionString));
+    if (!cause.isEmpty())
+        throw VantryError(QStringLiteral("The data link file %1 cannot be written: %2").arg(path, cause));
 }
 
 EditorChoice editorChoice(const QString &connectionString, const QString &linkFolder)

@@ -3,6 +3,7 @@
 
 #include "DialogTestSupport.h"
 #include "GuiFixture.h"
+#include "HostileValues.h"
 
 #include "gui/connections/ConnectionEditor.h"
 #include "core/connections/ConnectionTypes.h"
@@ -638,13 +639,7 @@ QTEST_MAIN(tst_ConnectionDialog)
 
 void tst_ConnectionDialog::hostileValuesRoundTripOrAreRefused_data()
 {
-    QTest::addColumn<QString>("value");
-    QTest::newRow("over-long") << QString(100000, QLatin1Char('w'));
-    QTest::newRow("control characters") << QStringLiteral("a\x01b\tc\x1b[31md\x7f");
-    QTest::newRow("line breaks") << QStringLiteral("first\nsecond\r\nthird");
-    QTest::newRow("separators of the stored form") << QStringLiteral("k=v;x,\"y\"\\z'");
-    // Bytes that are not UTF-8, as a file name from an old file system reaches the program.
-    QTest::newRow("not UTF-8") << QString::fromLocal8Bit(QByteArray("caf\xe9 \xff\xfe"));
+    addHostileValueRows();
 }
 
 void tst_ConnectionDialog::hostileValuesRoundTripOrAreRefused()

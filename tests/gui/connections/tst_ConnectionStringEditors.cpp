@@ -4,6 +4,7 @@
 
 #include "DialogTestSupport.h"
 #include "GuiFixture.h"
+#include "HostileValues.h"
 
 #include "core/connections/DataLinkFile.h"
 #include "gui/connections/DataLinkDialog.h"
@@ -154,6 +155,43 @@ private slots:
         dlg.setConnectionString("Provider=OraOLEDB.Oracle.1;Data Source=orcl");
         QCOMPARE(dlg.ProviderCb->currentText(), QStringLiteral("OraOLEDB.Oracle.1"));
         QCOMPARE(dlg.connectionString(), QStringLiteral("Provider=OraOLEDB.Oracle.1;Data Source=orcl"));
+    }
+
+    // Whatever a user types in the data link dialog comes back field for field from its string
+    // and from the data link file it saves (values are trimmed, the password is not), or the
+    // dialog says why it cannot be saved.
+    void hostileValuesRoundTripThroughTheDataLink_data() { addHostileValueRows(); }
+    void hostileValuesRoundTripThroughTheDataLink()
+    {
+        QFETCH(QString, value);
+        MessageLog log;
+        DataLinkDialog typed;
+        typed.setFreeOnClose(false);
+        typed.setConnectionString("Provider=SQLOLEDB.1");
+        const QList<QLineEdit *> fields = {typed.DataSourceEdt, typed.InitialCatalogEdt, typed.UserIdEdt,
+                                           typed.PasswordEdt, typed.ExtendedPropertiesEdt};
+        for (QLineEdit *field : fields)
+            field->setText(value);
+        QStringList expected;
+        for (QLineEdit *field : fields)
+            expected << (field == typed.PasswordEdt ? field->text() : field->text().trimmed());
+
+        const auto fieldsAfter = [&](const QString &connectionString) {
+            DataLinkDialog read;
+            read.setFreeOnClose(false);
+            read.setConnectionString(connectionString);
+            return QStringList{read.DataSourceEdt->text(), read.InitialCatalogEdt->text(), read.UserIdEdt->text(),
+                               read.PasswordEdt->text(), read.ExtendedPropertiesEdt->text()};
+        };
+        QCOMPARE(fieldsAfter(typed.connectionString()), expected);
+
+        const QString file = QDir(DataLinkFile::folder()).filePath("Hostile.udl");
+        typed.saveDataLink(file);
+        if (!log.errors.isEmpty()) {
+            QVERIFY2(!QFile::exists(file), "a refused data link must not be written");
+            return;
+        }
+        QCOMPARE(fieldsAfter(DataLinkFile::read(file)), expected);
     }
 
     void odbcBuilderWindowAndCancel()
