@@ -7,6 +7,7 @@
 #include "HostileValues.h"
 
 #include "core/connections/DataLinkFile.h"
+#include "core/connections/OdbcKeywords.h"
 #include "gui/connections/DataLinkDialog.h"
 #include "gui/connections/ODBCDlgUn.h"
 #include "gui/connections/ODBCUn.h"
@@ -192,6 +193,31 @@ private slots:
             return;
         }
         QCOMPARE(fieldsAfter(DataLinkFile::read(file)), expected);
+    }
+
+    // The ODBC keyword form puts what a user types into the string so that the form reads it
+    // back unchanged: separators and braces inside values are quoted, not taken as the string's.
+    void hostileValuesRoundTripThroughTheOdbcKeywordForm_data() { addHostileValueRows(); }
+    void hostileValuesRoundTripThroughTheOdbcKeywordForm()
+    {
+        QFETCH(QString, value);
+        if (value.isEmpty())
+            return; // an empty box leaves its keyword out, and the form shows the default again
+        const QString driver = QStringLiteral("PostgreSQL Unicode");
+        const OdbcConnectionBuilder::DriverKeywords keywords{OdbcKeywords::commonKeywords(driver), {}, {}};
+        const QStringList names = {"Server", "Database", "UID", "PWD"};
+        OdbcKeywordForm typed(driver, keywords, QString());
+        typed.setFreeOnClose(false);
+        for (const QString &name : names)
+            typed.setValue(name, value);
+        OdbcKeywordForm read(driver, keywords, typed.connectionString());
+        read.setFreeOnClose(false);
+        for (const QString &name : names) {
+            const auto *before = qobject_cast<QLineEdit *>(typed.editorOf(name));
+            const auto *after = qobject_cast<QLineEdit *>(read.editorOf(name));
+            QVERIFY2(before && after, qPrintable(name));
+            QCOMPARE(after->text(), before->text());
+        }
     }
 
     void odbcBuilderWindowAndCancel()
