@@ -26,6 +26,8 @@ int writeUntilKilled(const QString &file, const QString &tag, bool pause)
 {
     TMdm mdm(file);
     QTextStream out(stdout);
+    out << "R\n"; // the catalogue is open: rows follow
+    out.flush();
     for (int i = 0;; ++i) {
         ConnectionRow row;
         row.connectionName = QStringLiteral("%1-%2").arg(tag).arg(i);
@@ -73,6 +75,19 @@ QByteArray killAndCollect(QProcess *p)
     return p->readAllStandardOutput();
 }
 
+// Waits until a writer has opened the catalogue, collecting what it printed meanwhile.
+QByteArray waitUntilOpen(QProcess *p)
+{
+    QByteArray out;
+    QElapsedTimer clock;
+    clock.start();
+    while (!out.startsWith("R\n") && clock.elapsed() < 20000 && p->state() == QProcess::Running) {
+        p->waitForReadyRead(100);
+        out += p->readAllStandardOutput();
+    }
+    return out;
+}
+
 // Opens the catalogue as a plain SQLite file and checks it whole and holding every committed row.
 void verifyCatalogue(const QString &file, const Committed &committed)
 {
@@ -118,13 +133,16 @@ private slots:
         int kills = 0;
         QElapsedTimer clock;
         clock.start();
-        // The first writer is killed while it may still be creating the catalogue; later ones
-        // while rows are being written. Bounded by count and by time.
+        // Every other writer is killed at a random time from its start, so also while it opens or
+        // creates the catalogue; the others at a random time after the catalogue is open, so that
+        // rows are written even where starting takes long (a loaded machine, a sanitizer build).
+        // Bounded by count and by time.
         while (kills < 60 && clock.elapsed() < 25000) {
             QProcess *writer = startWriter(file, QStringLiteral("k%1").arg(kills), this);
             QVERIFY(writer->waitForStarted());
+            const QByteArray early = kills % 2 == 1 ? waitUntilOpen(writer) : QByteArray();
             QTest::qWait(int(QRandomGenerator::global()->bounded(kills == 0 ? 5 : 10, 250)));
-            committed.read(killAndCollect(writer));
+            committed.read(early + killAndCollect(writer));
             delete writer;
             ++kills;
             // A catalogue killed before it was complete does not exist yet; nothing was committed.
