@@ -252,6 +252,12 @@ private slots:
     void odbcBlocksAgreeWithSingleValues()
     {
         QFETCH(QString, server);
+#ifdef __SANITIZE_ADDRESS__
+        // MariaDB's ODBC driver reads past buffers of its own (the sanitizer's suppressions name
+        // it); under the sanitizer's heap layout its long results then fail at random rows.
+        if (server == QLatin1String("odbc-mariadb"))
+            QSKIP("MariaDB's ODBC driver reads past its own buffers under the sanitizer");
+#endif
         QSqlDatabase db = open(server);
         QVERIFY2(db.isOpen(), qPrintable(db.lastError().text()));
         for (const QString &select : {makeTypes(db, server), bulkSelect(server)}) {

@@ -5,6 +5,8 @@
 #include <QLibrary>
 #include <QMutex>
 
+#include <vector>
+
 static_assert(sizeof(SQLWCHAR) == sizeof(char16_t), "the driver manager's SQLWCHAR must be UTF-16");
 
 namespace Odbc {
@@ -16,12 +18,14 @@ const char *const kAllocDbcFailed = "SQLAllocHandle(SQL_HANDLE_DBC, FHENV, fhdbc
 namespace {
 
 // The driver manager is loaded once per process and stays loaded: drivers it loaded may still
-// be in use by Qt's ODBC plug-in, so it is never unloaded.
+// be in use by Qt's ODBC plug-in, so it is never unloaded. (Destroying a QLibrary leaves its
+// library loaded; the objects are kept here only so that nothing we allocate is lost.)
 struct Loaded
 {
     QMutex mutex;
     QStringList names;          // empty: the default names
     std::unique_ptr<Api> api;   // null until loaded (or after the names changed)
+    std::vector<std::unique_ptr<QLibrary>> libraries;
 };
 
 Loaded &loaded()
@@ -39,17 +43,17 @@ void resolve(QLibrary &library, F &pointer, const char *name)
                               .arg(library.fileName(), QString::fromLatin1(name)));
 }
 
-std::unique_ptr<Api> load(const QStringList &names)
+std::unique_ptr<Api> load(const QStringList &names, std::vector<std::unique_ptr<QLibrary>> &libraries)
 {
     QStringList failures;
     for (const QString &name : names) {
-        // Kept alive for the rest of the process on purpose (see Loaded).
-        auto *library = new QLibrary(name);
-        if (!library->load()) {
-            failures << library->errorString();
-            delete library;
+        auto owned = std::make_unique<QLibrary>(name);
+        if (!owned->load()) {
+            failures << owned->errorString();
             continue;
         }
+        QLibrary *library = owned.get();
+        libraries.push_back(std::move(owned));
         auto api = std::make_unique<Api>();
         api->libraryFile = library->fileName();
         resolve(*library, api->SQLAllocHandle, "SQLAllocHandle");
@@ -110,7 +114,7 @@ const Api &api()
     Loaded &l = loaded();
     QMutexLocker lock(&l.mutex);
     if (!l.api)
-        l.api = load(names);
+        l.api = load(names, l.libraries);
     return *l.api;
 }
 

@@ -108,7 +108,8 @@ qint64 parseInteger(const char *text)
     quint64 value = 0;
     while (*text >= '0' && *text <= '9')
         value = value * 10 + quint64(*text++ - '0');
-    return negative ? -qint64(value) : qint64(value);
+    // Negated while unsigned: the smallest bigint has no positive counterpart to negate.
+    return negative ? qint64(0 - value) : qint64(value);
 }
 
 double parseReal(const char *text, int length)

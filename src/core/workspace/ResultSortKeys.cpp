@@ -35,14 +35,6 @@ quint64 textKey(std::string_view text)
     return key;
 }
 
-int compareBytes(std::string_view a, std::string_view b)
-{
-    const int c = std::memcmp(a.data(), b.data(), std::min(a.size(), b.size()));
-    if (c != 0)
-        return c < 0 ? -1 : 1;
-    return a.size() < b.size() ? -1 : (a.size() > b.size() ? 1 : 0);
-}
-
 // Least-significant-digit radix sort of the keys, a byte per pass: stable, and linear in the
 // number of rows, where a comparison sort of a million rows spends most of its time in cache
 // misses. A pass whose byte is the same in every key (the high bytes of small integers, a prefix
@@ -123,4 +115,14 @@ bool ResultSortKeys::sort(const ResultTable &table, int col, bool ascending, std
     if (!ascending)
         std::copy(nulls.begin(), nulls.end(), out);
     return true;
+}
+
+int ResultSortKeys::compareBytes(std::string_view a, std::string_view b)
+{
+    // An empty view may have no data pointer at all, which memcmp must not be given.
+    const size_t common = std::min(a.size(), b.size());
+    const int c = common == 0 ? 0 : std::memcmp(a.data(), b.data(), common);
+    if (c != 0)
+        return c < 0 ? -1 : 1;
+    return a.size() < b.size() ? -1 : (a.size() > b.size() ? 1 : 0);
 }

@@ -1,6 +1,7 @@
 #pragma once
 #include "core/workspace/ResultTable.h"
 
+#include <string_view>
 #include <vector>
 
 namespace ResultSortKeys {
@@ -12,5 +13,9 @@ namespace ResultSortKeys {
 // leaving `rows` as they are, when the column needs the general comparison (pending edits in it,
 // exact decimals, mixed kinds).
 bool sort(const ResultTable &table, int col, bool ascending, std::vector<qint64> &rows);
+
+// Orders two byte strings as memcmp does, a shorter one first where one begins the other:
+// -1, 0 or 1.
+int compareBytes(std::string_view a, std::string_view b);
 
 } // namespace ResultSortKeys

@@ -28,14 +28,6 @@ int compareVariants(const QVariant &a, const QVariant &b, bool decimal)
     return a.toString().compare(b.toString());
 }
 
-int compareBytes(std::string_view a, std::string_view b)
-{
-    const int c = std::memcmp(a.data(), b.data(), std::min(a.size(), b.size()));
-    if (c != 0 || a.size() == b.size())
-        return c < 0 ? -1 : (c > 0 ? 1 : 0);
-    return a.size() < b.size() ? -1 : 1;
-}
-
 char lowerAscii(char c)
 {
     return c >= 'A' && c <= 'Z' ? char(c + 32) : c;
@@ -177,9 +169,9 @@ int ResultView::compare(const ResultTable &table, int col, qint64 a, qint64 b)
     case ResultStorage::Text:
         if (column.isDecimal())
             return ValueTypes::compareDecimal(column.bytesAt(a), column.bytesAt(b));
-        return compareBytes(column.bytesAt(a), column.bytesAt(b));
+        return ResultSortKeys::compareBytes(column.bytesAt(a), column.bytesAt(b));
     case ResultStorage::Bytes:
-        return compareBytes(column.bytesAt(a), column.bytesAt(b));
+        return ResultSortKeys::compareBytes(column.bytesAt(a), column.bytesAt(b));
     case ResultStorage::Empty:
         break;
     }
