@@ -4,6 +4,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstring>
 
 SerialKind builtInFormatKind(int formatId)
 {
@@ -175,4 +176,31 @@ QString serialText(double serial, SerialKind kind, bool date1904)
     if (kind == SerialKind::Date && msecs == 0)
         return dateText;
     return dateText + u' ' + timeText;
+}
+
+double rkNumber(quint32 rk)
+{
+    double value;
+    if (rk & 2) {
+        value = double(qint32(rk) >> 2);
+    } else {
+        const quint64 bits = quint64(rk & 0xFFFFFFFCu) << 32;
+        std::memcpy(&value, &bits, sizeof value);
+    }
+    return rk & 1 ? value / 100 : value;
+}
+
+QString cellErrorText(quint8 code)
+{
+    switch (code) {
+    case 0x00: return QStringLiteral("#NULL!");
+    case 0x07: return QStringLiteral("#DIV/0!");
+    case 0x0F: return QStringLiteral("#VALUE!");
+    case 0x17: return QStringLiteral("#REF!");
+    case 0x1D: return QStringLiteral("#NAME?");
+    case 0x24: return QStringLiteral("#NUM!");
+    case 0x2A: return QStringLiteral("#N/A");
+    case 0x2B: return QStringLiteral("#GETTING_DATA");
+    default: return QStringLiteral("#ERROR!");
+    }
 }
