@@ -8,7 +8,6 @@
 
 namespace {
 
-constexpr qsizetype kBlock = 256 * 1024;
 // No tag or text of a sheet comes near this: a cell holds at most 32,767 characters.
 constexpr qsizetype kMaxToken = 64 * 1024 * 1024;
 
@@ -63,7 +62,9 @@ void appendUtf8(QByteArray &out, char32_t code)
 
 } // namespace
 
-XlsxXmlScanner::XlsxXmlScanner(QIODevice *device) : m_device(device) {}
+XlsxXmlScanner::XlsxXmlScanner(QIODevice *device, qsizetype blockSize) : m_device(device), m_blockSize(qMax<qsizetype>(blockSize, 16))
+{
+}
 
 XlsxXmlScanner::Token XlsxXmlScanner::fail(const QString &error)
 {
@@ -79,7 +80,7 @@ qint64 XlsxXmlScanner::lineNumber() const
 
 bool XlsxXmlScanner::fill()
 {
-    if (m_deviceAtEnd)
+    if (m_deviceAtEnd || hasError())
         return false;
     if (m_pos > 0) {
         m_linesBefore += std::count(m_buffer.constData(), m_buffer.constData() + m_pos, '\n');
@@ -88,19 +89,26 @@ bool XlsxXmlScanner::fill()
         m_pos = 0;
     }
     if (m_size == m_buffer.size()) {
+        // A token fills the whole buffer: it doubles, so a long token is scanned again only as
+        // often as the buffer doubles, however little the device gives a read.
         if (m_buffer.size() >= kMaxToken) {
             fail(QStringLiteral("a tag or text is longer than %1 MB").arg(kMaxToken >> 20));
             return false;
         }
-        m_buffer.resize(qMax(kBlock, m_buffer.size() * 2));
+        m_buffer.resize(qMax(m_blockSize, m_buffer.size() * 2));
     }
-    const bool first = m_linesBefore == 0 && m_size == 0 && !m_started;
-    const qint64 read = m_device->read(m_buffer.data() + m_size, m_buffer.size() - m_size);
-    if (read <= 0) {
-        m_deviceAtEnd = true;
+    const bool first = !m_started;
+    const qsizetype before = m_size;
+    while (m_size < m_buffer.size()) {
+        const qint64 read = m_device->read(m_buffer.data() + m_size, m_buffer.size() - m_size);
+        if (read <= 0) {
+            m_deviceAtEnd = true;
+            break;
+        }
+        m_size += read;
+    }
+    if (m_size == before)
         return false;
-    }
-    m_size += read;
     m_started = true;
     // A byte order mark before the document says UTF-8 and is no part of it.
     if (first && m_size >= 3 && std::memcmp(m_buffer.constData(), "\xEF\xBB\xBF", 3) == 0)

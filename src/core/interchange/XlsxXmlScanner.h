@@ -22,7 +22,8 @@ class XlsxXmlScanner
 public:
     enum Token { StartElement, EndElement, Text, EndOfDocument, Invalid };
 
-    explicit XlsxXmlScanner(QIODevice *device);
+    // Reads the device in blocks of blockSize bytes (and more for a longer token).
+    explicit XlsxXmlScanner(QIODevice *device, qsizetype blockSize = 256 * 1024);
 
     Token next();
     // The local name (without a namespace prefix) of the current start or end tag.
@@ -55,6 +56,7 @@ private:
     Token fail(const QString &error);
 
     QIODevice *m_device;
+    qsizetype m_blockSize;
     QByteArray m_buffer;
     qsizetype m_size = 0;   // bytes of the buffer that hold data
     qsizetype m_pos = 0;    // where the next token starts
