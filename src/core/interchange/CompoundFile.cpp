@@ -51,7 +51,8 @@ CompoundFile::CompoundFile(const QByteArray &bytes, const QString &file) : m_byt
     readDirectory();
     const QByteArray miniFat = chainUntilEnd(u32(header + 60), QStringLiteral("the mini allocation table"));
     m_miniFat.resize(size_t(miniFat.size() / 4));
-    qFromLittleEndian<quint32>(miniFat.constData(), qsizetype(m_miniFat.size()), m_miniFat.data());
+    if (!m_miniFat.empty())
+        qFromLittleEndian<quint32>(miniFat.constData(), qsizetype(m_miniFat.size()), m_miniFat.data());
 }
 
 void CompoundFile::damaged(const QString &what) const
@@ -106,6 +107,8 @@ void CompoundFile::readAllocationTable()
         // ones are reported where they are followed.
         const qint64 offset = (qint64(sector) + 1) << m_sectorShift;
         const qint64 slotCount = qMin<qint64>(sectorSize, m_bytes.size() - offset) / 4;
+        if (slotCount <= 0)
+            continue;
         const size_t at = m_fat.size();
         m_fat.resize(at + size_t(slotCount));
         qFromLittleEndian<quint32>(header + offset, slotCount, m_fat.data() + at);
@@ -122,8 +125,10 @@ void CompoundFile::readDirectory()
         Entry &entry = m_entries[size_t(i)];
         // The name is UTF-16 of up to 31 characters; its length in bytes counts the closing zero.
         const int chars = qBound(0, u16(p + 64) / 2 - 1, 31);
-        entry.name.resize(chars);
-        qFromLittleEndian<quint16>(p, chars, entry.name.data());
+        if (chars > 0) {
+            entry.name.resize(chars);
+            qFromLittleEndian<quint16>(p, chars, entry.name.data());
+        }
         entry.type = quint8(p[66]);
         entry.left = u32(p + 68);
         entry.right = u32(p + 72);

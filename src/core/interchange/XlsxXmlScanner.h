@@ -28,8 +28,9 @@ public:
     Token next();
     // The local name (without a namespace prefix) of the current start or end tag.
     QByteArrayView name() const { return m_localName; }
-    // The value of an attribute of the current start tag by its local name; empty when missing.
-    QByteArrayView attribute(QByteArrayView localName);
+    // The value of an attribute of the current start tag by its name; empty when missing. A value
+    // with entities is decoded into a buffer that the next decoded value reuses.
+    QByteArrayView attribute(QByteArrayView name);
     // The current text, in UTF-8.
     QByteArrayView text() const { return m_text; }
 
