@@ -1,6 +1,7 @@
 #include "core/interchange/WorkbookReader.h"
 #include "core/interchange/WorkbookFormats.h"
 
+#include "core/interchange/CompoundFile.h"
 #include "core/interchange/WorkbookPackage.h"
 #include "core/interchange/WorkbookSheetBuilder.h"
 #include "core/interchange/XlsReader.h"
@@ -13,7 +14,6 @@
 namespace {
 
 const QByteArray kZipSignature("PK\x03\x04", 4);
-const QByteArray kCompoundSignature("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8);
 
 } // namespace
 
@@ -41,8 +41,13 @@ std::unique_ptr<WorkbookReader> WorkbookReader::open(const QString &path)
         throwWorkbookError(path, QStringLiteral("the file is empty"));
     if (head.startsWith(kZipSignature))
         return openWorkbookPackage(std::move(file), path);
-    // A compound document is an .xls workbook (or an encrypted package, which FreeXL refuses).
-    if (head.startsWith(kCompoundSignature) || QFileInfo(path).suffix().compare(QLatin1String("xls"), Qt::CaseInsensitive) == 0)
-        return std::make_unique<XlsReader>(path);
+    // A compound document is an .xls workbook (or a password-protected package, which the reader
+    // refuses by name). Its reader takes the file's bytes and keeps only the workbook stream.
+    if (CompoundFile::hasSignature(head) || QFileInfo(path).suffix().compare(QLatin1String("xls"), Qt::CaseInsensitive) == 0) {
+        const QByteArray bytes = file->readAll();
+        if (bytes.size() != file->size())
+            throwWorkbookError(path, file->errorString());
+        return std::make_unique<XlsReader>(bytes, path);
+    }
     throwWorkbookError(path, QStringLiteral("it is not an Excel workbook (.xls, .xlsx, .xlsm or .xlsb)"));
 }

@@ -43,8 +43,12 @@ public:
         if (m_rows.size() < row)
             m_rows.resize(row);
         QStringList &cells = m_rows[row - 1];
-        while (cells.size() < column)
-            cells.append(QString());
+        if (cells.size() < column) {
+            // Rows of a sheet are mostly as wide as those before them: one allocation a row.
+            if (cells.isEmpty())
+                cells.reserve(qMax(column, m_columnCount));
+            cells.resize(column);
+        }
         cells[column - 1] = text;
         if (column > m_columnCount)
             m_columnCount = column;

@@ -1,9 +1,8 @@
 #include "core/interchange/WorkbookValueText.h"
 
-#include <QDate>
-
 #include <charconv>
 #include <cmath>
+#include <cstring>
 
 SerialKind builtInFormatKind(int formatId)
 {
@@ -61,58 +60,22 @@ SerialKind formatCodeKind(QStringView code)
     return time ? SerialKind::Time : SerialKind::Number;
 }
 
-QString numberText(double value)
-{
-    if (std::isnan(value) || std::isinf(value))
-        return QStringLiteral("#NUM!");
-    if (value == 0)
-        return QStringLiteral("0");
-    // The shortest round-trip digits, in scientific form: "-d.ddde+XX".
-    char buffer[64];
-    const auto written = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::scientific);
-    const char *p = buffer;
-    const char *end = written.ptr;
-    QString text;
-    text.reserve(32);
-    if (*p == '-') {
-        text += u'-';
-        ++p;
-    }
-    char digits[32];
-    int count = 0;
-    for (; p < end && *p != 'e'; ++p)
-        if (*p != '.' && count < int(sizeof digits))
-            digits[count++] = *p;
-    int exponent = 0;
-    std::from_chars(p + 1 + (p[1] == '+'), end, exponent);
-
-    if (exponent >= 21 || exponent < -7) {
-        text += QLatin1Char(digits[0]);
-        if (count > 1) {
-            text += u'.';
-            text += QLatin1String(digits + 1, count - 1);
-        }
-        text += exponent < 0 ? QStringLiteral("E-") : QStringLiteral("E+");
-        text += QString::number(std::abs(exponent));
-    } else if (exponent < 0) {
-        text += QStringLiteral("0.");
-        text += QString(-exponent - 1, u'0');
-        text += QLatin1String(digits, count);
-    } else if (count <= exponent + 1) {
-        text += QLatin1String(digits, count);
-        text += QString(exponent + 1 - count, u'0');
-    } else {
-        text += QLatin1String(digits, exponent + 1);
-        text += u'.';
-        text += QLatin1String(digits + exponent + 1, count - exponent - 1);
-    }
-    return text;
-}
-
 namespace {
 
-// Writes value as digits zero-padded to width; ISO text is built by hand because it is made for
-// every date cell of a sheet and Qt's formatting goes through a general formatter.
+// Appends text to a buffer that callers size for the longest text they make.
+char *put(char *out, const char *text, size_t length)
+{
+    std::memcpy(out, text, length);
+    return out + length;
+}
+
+char *putZeros(char *out, int count)
+{
+    std::memset(out, '0', size_t(qMax(count, 0)));
+    return out + qMax(count, 0);
+}
+
+// Writes value as digits zero-padded to width.
 char *digits(char *out, int value, int width)
 {
     for (int i = width - 1; i >= 0; --i, value /= 10)
@@ -120,33 +83,105 @@ char *digits(char *out, int value, int width)
     return out + width;
 }
 
-QString isoDate(const QDate &date)
+} // namespace
+
+QString numberText(double value)
 {
-    char text[10];
-    char *p = digits(text, date.year(), 4);
-    *p++ = '-';
-    p = digits(p, date.month(), 2);
-    *p++ = '-';
-    digits(p, date.day(), 2);
-    return QString::fromLatin1(text, 10);
+    if (std::isnan(value) || std::isinf(value))
+        return QStringLiteral("#NUM!");
+    if (value == 0)
+        return QStringLiteral("0");
+    // Most cells hold whole numbers: below 1E15 their digits are already the shortest exact form.
+    if (std::abs(value) < 1e15 && value == std::trunc(value)) {
+        char text[24];
+        const auto written = std::to_chars(text, text + sizeof text, qint64(value));
+        return QString::fromLatin1(text, written.ptr - text);
+    }
+    // The shortest round-trip digits, in scientific form: "-d.ddde+XX".
+    char buffer[64];
+    const auto written = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::scientific);
+    const char *p = buffer;
+    const char *end = written.ptr;
+    // The plain form of 1E-7 has 9 characters before its up to 17 digits, that of 1E+20 up to 21
+    // digits: the text fits in 48 bytes with its sign.
+    char text[48];
+    char *out = text;
+    if (*p == '-')
+        *out++ = *p++;
+    char mantissa[32];
+    int count = 0;
+    for (; p < end && *p != 'e'; ++p)
+        if (*p != '.' && count < int(sizeof mantissa))
+            mantissa[count++] = *p;
+    int exponent = 0;
+    std::from_chars(p + 1 + (p[1] == '+'), end, exponent);
+
+    if (exponent >= 21 || exponent < -7) {
+        *out++ = mantissa[0];
+        if (count > 1) {
+            *out++ = '.';
+            out = put(out, mantissa + 1, size_t(count - 1));
+        }
+        out = put(out, exponent < 0 ? "E-" : "E+", 2);
+        out = std::to_chars(out, text + sizeof text, std::abs(exponent)).ptr;
+    } else if (exponent < 0) {
+        out = put(out, "0.", 2);
+        out = putZeros(out, -exponent - 1);
+        out = put(out, mantissa, size_t(count));
+    } else if (count <= exponent + 1) {
+        out = put(out, mantissa, size_t(count));
+        out = putZeros(out, exponent + 1 - count);
+    } else {
+        out = put(out, mantissa, size_t(exponent + 1));
+        *out++ = '.';
+        out = put(out, mantissa + exponent + 1, size_t(count - exponent - 1));
+    }
+    return QString::fromLatin1(text, out - text);
 }
 
-QString isoTime(qint64 msecs)
+namespace {
+
+// Days since 1970-01-01 as year, month and day of the proleptic Gregorian calendar, by counting
+// 400-year eras of 146,097 days from 0000-03-01, with years that start in March so that the leap
+// day falls last. Built by hand because it runs for every date cell of a sheet.
+char *isoDate(char *out, qint64 days)
 {
-    char text[12];
+    days += 719468;
+    const qint64 era = (days >= 0 ? days : days - 146096) / 146097;
+    const qint64 dayOfEra = days - era * 146097;
+    const qint64 yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+    const qint64 dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+    const qint64 monthFromMarch = (5 * dayOfYear + 2) / 153;
+    const int day = int(dayOfYear - (153 * monthFromMarch + 2) / 5 + 1);
+    const int month = int(monthFromMarch < 10 ? monthFromMarch + 3 : monthFromMarch - 9);
+    const int year = int(yearOfEra + era * 400 + (month <= 2 ? 1 : 0));
+    out = digits(out, year, 4);
+    *out++ = '-';
+    out = digits(out, month, 2);
+    *out++ = '-';
+    return digits(out, day, 2);
+}
+
+char *isoTime(char *out, qint64 msecs)
+{
     const int ms = int(msecs % 1000);
     const int seconds = int(msecs / 1000);
-    char *p = digits(text, seconds / 3600, 2);
-    *p++ = ':';
-    p = digits(p, seconds / 60 % 60, 2);
-    *p++ = ':';
-    p = digits(p, seconds % 60, 2);
+    out = digits(out, seconds / 3600, 2);
+    *out++ = ':';
+    out = digits(out, seconds / 60 % 60, 2);
+    *out++ = ':';
+    out = digits(out, seconds % 60, 2);
     if (ms) {
-        *p++ = '.';
-        p = digits(p, ms, 3);
+        *out++ = '.';
+        out = digits(out, ms, 3);
     }
-    return QString::fromLatin1(text, int(p - text));
+    return out;
 }
+
+// Where day 0 of each date system lies, in days since 1970-01-01.
+constexpr qint64 k1904Epoch = -24107;      // 1904-01-01
+constexpr qint64 k1900Epoch = -25568;      // 1899-12-31, for days 1 to 59
+constexpr qint64 k1900EpochLate = -25569;  // 1899-12-30, from day 61 on
 
 } // namespace
 
@@ -156,23 +191,48 @@ QString serialText(double serial, SerialKind kind, bool date1904)
     if (kind == SerialKind::Number || !(serial >= 0) || serial >= 2958466)
         return numberText(serial);
     qint64 msecs = qint64(std::llround(serial * 86400000.0));
-    qint64 days = msecs / 86400000;
+    const qint64 days = msecs / 86400000;
     msecs %= 86400000;
-    const QString timeText = isoTime(msecs);
-    if (kind == SerialKind::Time && days == 0)
-        return timeText;
-
-    QString dateText;
-    if (date1904) {
-        dateText = isoDate(QDate(1904, 1, 1).addDays(days));
-    } else if (days == 60) {
-        // The 1900 system counts a 29 February 1900 that never was; it is shown as the system has it.
-        dateText = QStringLiteral("1900-02-29");
-    } else {
-        // Days 1 to 59 run from 1900-01-01; from day 61 on the phantom leap day is skipped.
-        dateText = isoDate((days < 60 ? QDate(1899, 12, 31) : QDate(1899, 12, 30)).addDays(days));
+    char text[32];
+    char *out = text;
+    if (kind != SerialKind::Time || days != 0) {
+        if (date1904)
+            out = isoDate(out, k1904Epoch + days);
+        else if (days == 60)
+            out = put(out, "1900-02-29", 10);  // the 1900 system counts a 29 February 1900 that never was
+        else
+            out = isoDate(out, (days < 60 ? k1900Epoch : k1900EpochLate) + days);
+        if (kind == SerialKind::Date && msecs == 0)
+            return QString::fromLatin1(text, out - text);
+        *out++ = ' ';
     }
-    if (kind == SerialKind::Date && msecs == 0)
-        return dateText;
-    return dateText + u' ' + timeText;
+    out = isoTime(out, msecs);
+    return QString::fromLatin1(text, out - text);
+}
+
+double rkNumber(quint32 rk)
+{
+    double value;
+    if (rk & 2) {
+        value = double(qint32(rk) >> 2);
+    } else {
+        const quint64 bits = quint64(rk & 0xFFFFFFFCu) << 32;
+        std::memcpy(&value, &bits, sizeof value);
+    }
+    return rk & 1 ? value / 100 : value;
+}
+
+QString cellErrorText(quint8 code)
+{
+    switch (code) {
+    case 0x00: return QStringLiteral("#NULL!");
+    case 0x07: return QStringLiteral("#DIV/0!");
+    case 0x0F: return QStringLiteral("#VALUE!");
+    case 0x17: return QStringLiteral("#REF!");
+    case 0x1D: return QStringLiteral("#NAME?");
+    case 0x24: return QStringLiteral("#NUM!");
+    case 0x2A: return QStringLiteral("#N/A");
+    case 0x2B: return QStringLiteral("#GETTING_DATA");
+    default: return QStringLiteral("#ERROR!");
+    }
 }

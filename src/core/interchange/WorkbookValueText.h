@@ -20,3 +20,10 @@ QString numberText(double value);
 // carries a time of day keeps it, and a time of a day other than day 0 becomes a date and time, so
 // no part of the value is lost. Returns the number's text for values outside the calendar.
 QString serialText(double serial, SerialKind kind, bool date1904);
+
+// An RK number of a BIFF record: 30 bits of either a signed integer or the high bits of a double,
+// divided by 100 when the lowest bit says so.
+double rkNumber(quint32 rk);
+
+// The text of a cell's error code ("#DIV/0!", "#N/A", ...), as .xls and .xlsb store it.
+QString cellErrorText(quint8 code);

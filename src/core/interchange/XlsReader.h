@@ -1,24 +1,24 @@
 #pragma once
 #include "core/interchange/WorkbookReader.h"
+#include "core/interchange/XlsWorkbookGlobals.h"
 
-// Reads .xls workbooks (BIFF2 to BIFF8) through FreeXL. FreeXL reads a file by its path, keeps
-// the file open until the reader goes, and gives each cell as a number, a text or an ISO date;
-// it reads booleans as the numbers 1 and 0 and does not read formulas' results.
+// Reads .xls workbooks of Excel 97 to 2003 (BIFF8) and of Excel 5 and 95 (BIFF5) from the file's
+// bytes. The workbook stream is taken out of the compound file and the file's bytes let go; the
+// globals are read at once, and each sheet's records are read from where the globals say they
+// start. Numbers in date and time formats become ISO text, booleans TRUE and FALSE, formulas their
+// cached value.
 class XlsReader : public WorkbookReader
 {
 public:
-    // path is the file FreeXL opens; file names the workbook in errors (they differ for a copy).
-    explicit XlsReader(const QString &path, const QString &file = {});
-    ~XlsReader() override;
+    // bytes is the whole file; file names the workbook in errors.
+    XlsReader(const QByteArray &bytes, const QString &file);
 
     QStringList sheetNames() const override { return m_names; }
     WorkbookSheet readSheet(int index, const Progress &progress = {}) override;
 
 private:
-    // Closes the workbook and throws: used while opening, where no destructor will run.
-    [[noreturn]] void fail(const QString &what);
-
     QString m_file;
-    const void *m_handle = nullptr;
+    QByteArray m_stream;
+    XlsWorkbookGlobals m_globals;
     QStringList m_names;
 };

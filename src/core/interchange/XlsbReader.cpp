@@ -6,8 +6,6 @@
 
 #include <QHash>
 
-#include <cstring>
-
 namespace {
 
 constexpr qint64 kMaxWorkbookPart = 64 * 1024 * 1024;
@@ -36,34 +34,6 @@ enum Record {
     WorkbookProperties = 153,
     SheetBundle = 156,
 };
-
-// An RK number: 30 bits of either a signed integer or the high bits of a double, maybe times 100.
-double rkValue(quint32 rk)
-{
-    double value;
-    if (rk & 2) {
-        value = double(qint32(rk) >> 2);
-    } else {
-        const quint64 bits = quint64(rk & 0xFFFFFFFCu) << 32;
-        std::memcpy(&value, &bits, sizeof value);
-    }
-    return rk & 1 ? value / 100 : value;
-}
-
-QString errorText(quint8 code)
-{
-    switch (code) {
-    case 0x00: return QStringLiteral("#NULL!");
-    case 0x07: return QStringLiteral("#DIV/0!");
-    case 0x0F: return QStringLiteral("#VALUE!");
-    case 0x17: return QStringLiteral("#REF!");
-    case 0x1D: return QStringLiteral("#NAME?");
-    case 0x24: return QStringLiteral("#NUM!");
-    case 0x2A: return QStringLiteral("#N/A");
-    case 0x2B: return QStringLiteral("#GETTING_DATA");
-    default: return QStringLiteral("#ERROR!");
-    }
-}
 
 // Why a part's records stopped early: the package's reason when it has one, else the records'.
 QString readFailure(const Biff12RecordReader &records, const QIODevice *device)
@@ -202,11 +172,11 @@ WorkbookSheet XlsbReader::readSheet(int index, const Progress &progress)
         };
         QString text;
         switch (type) {
-        case CellRk: text = number(rkValue(fields.u32())); break;
+        case CellRk: text = number(rkNumber(fields.u32())); break;
         case CellReal:
         case FormulaNumber: text = number(fields.f64()); break;
         case CellError:
-        case FormulaError: text = errorText(fields.u8()); break;
+        case FormulaError: text = cellErrorText(fields.u8()); break;
         case CellBool:
         case FormulaBool: text = fields.u8() ? QStringLiteral("TRUE") : QStringLiteral("FALSE"); break;
         case CellString:

@@ -36,13 +36,16 @@ void checkXml(const WorkbookPackage &package, const QString &part, const QXmlStr
 void throwXlsxXmlError(const WorkbookPackage &package, const QString &part, const QXmlStreamReader &xml,
                        const QIODevice *device)
 {
+    throwXlsxXmlError(package, part, xml.lineNumber(), xml.errorString(), device);
+}
+
+void throwXlsxXmlError(const WorkbookPackage &package, const QString &part, qint64 line, const QString &error,
+                       const QIODevice *device)
+{
     const QString failure = device ? WorkbookPackage::partFailure(device) : QString();
     if (!failure.isEmpty())
         throwWorkbookError(package.file(), QStringLiteral("the part \"%1\" cannot be read: %2").arg(part, failure));
-    throwWorkbookError(package.file(), QStringLiteral("the part \"%1\" is not valid XML (line %2: %3)")
-                                           .arg(part)
-                                           .arg(xml.lineNumber())
-                                           .arg(xml.errorString()));
+    throwWorkbookError(package.file(), QStringLiteral("the part \"%1\" is not valid XML (line %2: %3)").arg(part).arg(line).arg(error));
 }
 
 QString decodeXlsxEscapes(const QString &text)

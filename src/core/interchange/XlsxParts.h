@@ -32,3 +32,6 @@ QString decodeXlsxEscapes(const QString &text);
 // Throws the workbook error for an XML part the reader failed on.
 [[noreturn]] void throwXlsxXmlError(const WorkbookPackage &package, const QString &part, const QXmlStreamReader &xml,
                                     const QIODevice *device = nullptr);
+// The same for a reader that failed with this error on this line.
+[[noreturn]] void throwXlsxXmlError(const WorkbookPackage &package, const QString &part, qint64 line, const QString &error,
+                                    const QIODevice *device);

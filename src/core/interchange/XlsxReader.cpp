@@ -3,8 +3,7 @@
 #include "core/interchange/WorkbookPackage.h"
 #include "core/interchange/WorkbookSheetBuilder.h"
 #include "core/interchange/XlsxSheetParser.h"
-
-#include <QXmlStreamReader>
+#include "core/interchange/XlsxXmlScanner.h"
 
 namespace {
 
@@ -38,11 +37,13 @@ WorkbookSheet XlsxReader::readSheet(int index, const Progress &progress)
 
     WorkbookSheetBuilder sheet(m_package->file(), name, progress);
     auto device = m_package->openPart(part, kMaxSheetPart);
-    QXmlStreamReader xml(device.get());
+    // Sheets are by far the largest parts: they go through a scanner made for them, several times
+    // faster than a general XML reader.
+    XlsxXmlScanner xml(device.get());
     const QString cellError = XlsxSheetParser(m_sharedStrings, m_styleKinds, m_info.date1904).parse(xml, sheet);
     if (!cellError.isEmpty())
         throwWorkbookError(m_package->file(), QStringLiteral("the sheet \"%1\" is damaged: %2").arg(name, cellError));
     if (xml.hasError() || !WorkbookPackage::partFailure(device.get()).isEmpty())
-        throwXlsxXmlError(*m_package, part, xml, device.get());
+        throwXlsxXmlError(*m_package, part, xml.lineNumber(), xml.errorString(), device.get());
     return sheet.take();
 }

@@ -1,11 +1,12 @@
 #pragma once
 #include "core/interchange/WorkbookValueText.h"
 
+#include <QByteArray>
 #include <QStringList>
 #include <QVector>
 
-class QXmlStreamReader;
 class WorkbookSheetBuilder;
+class XlsxXmlScanner;
 
 // Reads the cells of one .xlsx worksheet part into a sheet, as it streams: the cell's type ("t")
 // and format ("s") decide its text; formulas give their cached value.
@@ -19,10 +20,11 @@ public:
 
     // Reads up to the end of <sheetData>. Returns an error text for a cell it cannot place or
     // read, or an empty text (XML errors stay in xml).
-    QString parse(QXmlStreamReader &xml, WorkbookSheetBuilder &sheet) const;
+    QString parse(XlsxXmlScanner &xml, WorkbookSheetBuilder &sheet) const;
 
 private:
-    QString cellText(QStringView type, int style, const QString &value, bool &ok) const;
+    enum class CellType { Number, SharedString, Boolean, IsoDate, Text };
+    QString cellText(CellType type, int style, const QByteArray &value, bool &ok) const;
 
     const QStringList &m_sharedStrings;
     const QVector<SerialKind> &m_styleKinds;

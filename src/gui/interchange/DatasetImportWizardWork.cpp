@@ -30,7 +30,7 @@ void TDatasetImportWizardFrm::UseMaskPNextButtonClick()
     }
     setWork(Work::Opening);
     m_fileState->setText(QStringLiteral("Opening %1...").arg(fileName));
-    // FreeXL reads a whole .xls file when it opens it: that is work for a worker thread too.
+    // Opening reads a whole .xls file (and the globals of any workbook): work for a worker thread too.
     auto opened = std::make_shared<std::shared_ptr<WorkbookReader>>();
     auto names = std::make_shared<QStringList>();
     runInBackground(

@@ -1,7 +1,6 @@
-// .xls workbooks written by xlwt read cell for cell (numbers, texts, dates of both date systems,
-// sparse cells, several sheets and an empty one), and damaged or truncated files give errors
-// that name the file. Booleans come back as 1 and 0 and formulas without a value: the .xls
-// library reads them so.
+// .xls workbooks written by xlwt read cell for cell (numbers, texts, booleans, dates of both date
+// systems, sparse cells, several sheets and an empty one), and damaged or truncated files give
+// errors that name the file.
 
 #include "core/base/VantryError.h"
 #include "core/interchange/WorkbookReader.h"
@@ -9,6 +8,7 @@
 #include "PythonWriter.h"
 
 #include <QFile>
+#include <QtEndian>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -20,6 +20,7 @@ private slots:
     void initTestCase() { QVERIFY(m_dir.isValid()); }
     void cellsAsXlwtWroteThem_data();
     void cellsAsXlwtWroteThem();
+    void largeWorkbookOverManyAllocationSectors();
     void damagedFilesNameFileAndCause();
 
 private:
@@ -58,7 +59,7 @@ void tst_WorkbookReaderXls::cellsAsXlwtWroteThem()
     const WorkbookSheet sheet = book->readSheet(0);
     QCOMPARE(sheet.rowCount(), 5);
     QCOMPARE(sheet.columnCount(), 10);
-    const QStringList first{"42", "-7", "3.25", "-1E-300", "1E+21", "0.1", "123456789012345", "text", "ünï ☃", "1"};
+    const QStringList first{"42", "-7", "3.25", "-1E-300", "1E+21", "0.1", "123456789012345", "text", "ünï ☃", "TRUE"};
     for (int c = 1; c <= first.size(); ++c)
         QCOMPARE(sheet.cellText(1, c), first[c - 1]);
     QCOMPARE(sheet.cellText(2, 1), QStringLiteral("2024-02-29"));
@@ -73,6 +74,40 @@ void tst_WorkbookReaderXls::cellsAsXlwtWroteThem()
     QCOMPARE(empty.name, QStringLiteral("Empty"));
     QCOMPARE(empty.rowCount(), 0);
     QCOMPARE(empty.columnCount(), 0);
+}
+
+void tst_WorkbookReaderXls::largeWorkbookOverManyAllocationSectors()
+{
+    // Over 7 MB: the allocation table's sectors no longer fit the header's list and go on in a
+    // chain of their own, and the shared strings run over many CONTINUE records.
+    const QString path = m_dir.filePath(QStringLiteral("large.xls"));
+    QVERIFY(runPythonWriter(QStringLiteral("import sys, xlwt\n"
+                                           "wb = xlwt.Workbook(); ws = wb.add_sheet('Large')\n"
+                                           "for r in range(25000): ws.write(r, 0, r * 1.5); ws.write(r, 1, 'row %d ' % r + 'x' * (150 + r % 300))\n"
+                                           "wb.save(sys.argv[1])\n"),
+                            {path}));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray header = file.read(76);
+    QVERIFY2(qFromLittleEndian<quint32>(header.constData() + 72) > 0, "the file needs no extra allocation table list");
+
+    auto book = WorkbookReader::open(path);
+    const WorkbookSheet sheet = book->readSheet(0);
+    QCOMPARE(sheet.rowCount(), 25000);
+    for (int r = 0; r < 25000; ++r) {
+        QCOMPARE(sheet.cellText(r + 1, 1), QString::number(r * 1.5, 'g', 17));
+        QCOMPARE(sheet.cellText(r + 1, 2), QStringLiteral("row %1 ").arg(r) + QString(150 + r % 300, u'x'));
+    }
+
+    // Progress is told as rows are read, and refusing it cancels.
+    int reports = 0;
+    try {
+        book->readSheet(0, [&](int rowsRead) { return ++reports < 3 && rowsRead > 0; });
+        QFAIL("the read was not cancelled");
+    } catch (const VantryError &error) {
+        QCOMPARE(error.message(), QStringLiteral("Cancelled"));
+    }
+    QCOMPARE(reports, 3);
 }
 
 void tst_WorkbookReaderXls::damagedFilesNameFileAndCause()

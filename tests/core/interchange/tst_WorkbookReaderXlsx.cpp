@@ -77,6 +77,7 @@ private slots:
     void everyCellTypeAsOpenpyxlWroteIt();
     void sheetsInOrderSparseAndEmpty();
     void handMadeCellsAndCachedFormulaValues();
+    void xmlFormsOfSheets();
     void damagedFilesNameFileAndCause();
     void hostileSheetsAreBounded();
     void progressReportsAndCancels();
@@ -194,6 +195,70 @@ void tst_WorkbookReaderXlsx::handMadeCellsAndCachedFormulaValues()
         {"next", "2", "", "", ""},
     };
     QCOMPARE(cells(book->readSheet(0)), expected);
+}
+
+void tst_WorkbookReaderXlsx::xmlFormsOfSheets()
+{
+    // Sheets as other writers spell them: a namespace prefix on every element, a declaration,
+    // comments and processing instructions, single quotes, white space inside tags, entities and
+    // character references in texts and attributes, CDATA, self-closing cells, and a text longer
+    // than a read block (put in by Python: it would not pass on its command line).
+    QMap<QString, QString> parts = handMadePackage({});
+    parts[QStringLiteral("xl/worksheets/data.xml")] = QStringLiteral(
+        "\uFEFF<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
+        "<!-- written by hand -->\n"
+        "<x:worksheet xmlns:x=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\"><x:sheetData>\n"
+        "<x:row r='1'><x:c r = \"A1\" t=\"inlineStr\" ><x:is><x:t>a &lt;b&gt; &amp; &#233;&#x263A; &quot;q&apos;</x:t></x:is></x:c>"
+        "<?pi ignored?><x:c r=\"B1\" t=\"str\"><x:v><![CDATA[<raw> & text]]></x:v></x:c><x:c r=\"C1\"/>"
+        "<x:c r=\"D1\" t=\"inlineStr\"><x:is><x:t>@LONG@</x:t></x:is></x:c>"
+        "</x:row>\n<x:row r=\"2\"><x:c r=\"A2\"><x:v>1<!-- inside -->5</x:v></x:c></x:row>"
+        "</x:sheetData></x:worksheet>");
+    const QString path = m_dir.filePath(QStringLiteral("forms.xlsx"));
+    QStringList args{path};
+    for (auto it = parts.begin(); it != parts.end(); ++it)
+        args << it.key() << QString::fromLatin1(it.value().toUtf8().toBase64());
+    QVERIFY(runPythonWriter(QStringLiteral("import sys, base64, zipfile\n"
+                                           "with zipfile.ZipFile(sys.argv[1], 'w', zipfile.ZIP_DEFLATED) as z:\n"
+                                           "    for i in range(2, len(sys.argv), 2):\n"
+                                           "        z.writestr(sys.argv[i], base64.b64decode(sys.argv[i + 1]).replace(b'@LONG@', b'z' * 600000))\n"),
+                            args));
+    const QString longText(600000, u'z');
+    QCOMPARE(cells(WorkbookReader::open(path)->readSheet(0)),
+             (QList<QStringList>{{"a <b> & é☺ \"q'", "<raw> & text", "", longText}, {"15", "", "", ""}}));
+
+    // A sheet read in many blocks, with tags and texts cut at their joins.
+    const QString large = m_dir.filePath(QStringLiteral("large.xlsx"));
+    QVERIFY(runPythonWriter(QStringLiteral("import sys, openpyxl\n"
+                                           "wb = openpyxl.Workbook(write_only=True); ws = wb.create_sheet('Large')\n"
+                                           "for i in range(20000): ws.append([i, 'row %d ' % i + 'y' * (i % 50), i * 0.5])\n"
+                                           "wb.save(sys.argv[1])\n"),
+                            {large}));
+    const WorkbookSheet sheet = WorkbookReader::open(large)->readSheet(0);
+    QCOMPARE(sheet.rowCount(), 20000);
+    for (int i = 0; i < 20000; ++i) {
+        QCOMPARE(sheet.cellText(i + 1, 1), QString::number(i));
+        QCOMPARE(sheet.cellText(i + 1, 2), QStringLiteral("row %1 ").arg(i) + QString(i % 50, u'y'));
+        QCOMPARE(sheet.cellText(i + 1, 3), QString::number(i * 0.5));
+    }
+
+    // Sheets that are not well formed name the part, the line and what is wrong.
+    const QList<QPair<QString, QString>> broken{
+        {"<row r=\"1\"><c r=\"A1\"><v>1</v></x></row>", "the end tag </x> does not close"},
+        {"<row r=\"1\"><c r=\"A1\"><v>&nope;</v></c></row>", "the entity &nope; is not known"},
+        {"<row r=\"1\"><c r=A1><v>1</v></c></row>", "is not quoted"},
+        {"<row r=\"1\"><c r=\"A1\"><v>&#xD800;</v></c></row>", "is not valid"},
+        {"<row r=\"1\"><c r=\"A1\"><v>1</v></c></row><row", "the tag <row> is not closed"},
+    };
+    for (const auto &brokenSheet : broken) {
+        const QString brokenPath = m_dir.filePath(QStringLiteral("broken.xlsx"));
+        QVERIFY(writePackage(brokenPath, handMadePackage(brokenSheet.first)));
+        expectWorkbookError(brokenPath, QStringLiteral("is not valid XML (line 1: "));
+        expectWorkbookError(brokenPath, brokenSheet.second);
+    }
+    QMap<QString, QString> doctype = handMadePackage({});
+    doctype[QStringLiteral("xl/worksheets/data.xml")] = QStringLiteral("<!DOCTYPE worksheet [<!ENTITY a \"aaaa\">]><worksheet/>");
+    QVERIFY(writePackage(path, doctype));
+    expectWorkbookError(path, QStringLiteral("document type declarations are not supported"));
 }
 
 void tst_WorkbookReaderXlsx::damagedFilesNameFileAndCause()
