@@ -25,17 +25,31 @@ namespace {
 
 QAtomicInt g_connectionCounter;
 
-ConnectionRow readConnection(const QSqlQuery &q)
+// Where the columns of CONNECTIONS lie in a query's record, found once for all its rows.
+struct ConnectionPositions
 {
-    const QSqlRecord r = q.record();
+    explicit ConnectionPositions(const QSqlRecord &r)
+        : id(r.indexOf(QStringLiteral("CONNECTION_ID"))), objectId(r.indexOf(QStringLiteral("OBJECT_ID"))),
+          name(r.indexOf(QStringLiteral("CONNECTION_NAME"))),
+          parameters(r.indexOf(QStringLiteral("CONNECTION_PARAMETERS"))),
+          comments(r.indexOf(QStringLiteral("CONNECTION_COMMENTS"))), type(r.indexOf(QStringLiteral("CONNECTION_TYPE"))),
+          stamps(StampColumns::positionsIn(r))
+    {
+    }
+    int id, objectId, name, parameters, comments, type;
+    StampColumns::Positions stamps;
+};
+
+ConnectionRow readConnection(const QSqlQuery &q, const ConnectionPositions &at)
+{
     ConnectionRow row;
-    row.connectionId = q.value(r.indexOf(QStringLiteral("CONNECTION_ID"))).toLongLong();
-    row.objectId = q.value(r.indexOf(QStringLiteral("OBJECT_ID")));
-    row.connectionName = q.value(r.indexOf(QStringLiteral("CONNECTION_NAME"))).toString();
-    row.connectionParameters = q.value(r.indexOf(QStringLiteral("CONNECTION_PARAMETERS"))).toByteArray();
-    row.connectionComments = q.value(r.indexOf(QStringLiteral("CONNECTION_COMMENTS"))).toByteArray();
-    row.stamps = StampColumns::read(q);
-    row.connectionType = q.value(r.indexOf(QStringLiteral("CONNECTION_TYPE"))).toInt();
+    row.connectionId = q.value(at.id).toLongLong();
+    row.objectId = q.value(at.objectId);
+    row.connectionName = q.value(at.name).toString();
+    row.connectionParameters = q.value(at.parameters).toByteArray();
+    row.connectionComments = q.value(at.comments).toByteArray();
+    row.stamps = StampColumns::read(q, at.stamps);
+    row.connectionType = q.value(at.type).toInt();
     return row;
 }
 
@@ -160,8 +174,9 @@ QList<ConnectionRow> TMdm::connections()
 {
     QList<ConnectionRow> rows;
     QSqlQuery q = SqlExec::run(m_db, QStringLiteral("select * from CONNECTIONS order by CONNECTION_ID"));
+    const ConnectionPositions at(q.record());
     while (q.next())
-        rows.append(readConnection(q));
+        rows.append(readConnection(q, at));
     return rows;
 }
 
@@ -170,7 +185,7 @@ std::optional<ConnectionRow> TMdm::connection(qint64 connectionId)
     QSqlQuery q = SqlExec::run(m_db, QStringLiteral("select * from CONNECTIONS where CONNECTION_ID = ?"), {connectionId});
     if (!q.next())
         return std::nullopt;
-    return readConnection(q);
+    return readConnection(q, ConnectionPositions(q.record()));
 }
 
 void TMdm::postConnection(ConnectionRow &row)

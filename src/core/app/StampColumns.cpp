@@ -10,21 +10,31 @@ QVariant toColumn(const QDateTime &time)
 }
 
 namespace {
-QDateTime readTime(const QSqlQuery &q, const QSqlRecord &r, const char *column)
+StampTime readTime(const QSqlQuery &q, int position)
 {
-    const QVariant v = q.value(r.indexOf(QLatin1String(column)));
-    return v.isNull() ? QDateTime() : QDateTime::fromString(v.toString(), Qt::ISODateWithMs);
+    const QVariant v = q.value(position);
+    return v.isNull() ? StampTime() : StampTime::fromText(v.toString());
 }
 } // namespace
 
+Positions positionsIn(const QSqlRecord &record)
+{
+    return {record.indexOf(QStringLiteral("CREATED")), record.indexOf(QStringLiteral("CREATED_BY")),
+            record.indexOf(QStringLiteral("CHANGED")), record.indexOf(QStringLiteral("CHANGED_BY"))};
+}
+
 RowStamps read(const QSqlQuery &q)
 {
-    const QSqlRecord r = q.record();
+    return read(q, positionsIn(q.record()));
+}
+
+RowStamps read(const QSqlQuery &q, const Positions &at)
+{
     RowStamps s;
-    s.created = readTime(q, r, "CREATED");
-    s.createdBy = q.value(r.indexOf(QStringLiteral("CREATED_BY"))).toString();
-    s.changed = readTime(q, r, "CHANGED");
-    s.changedBy = q.value(r.indexOf(QStringLiteral("CHANGED_BY"))).toString();
+    s.created = readTime(q, at.created);
+    s.createdBy = q.value(at.createdBy).toString();
+    s.changed = readTime(q, at.changed);
+    s.changedBy = q.value(at.changedBy).toString();
     return s;
 }
 

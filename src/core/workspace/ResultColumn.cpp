@@ -9,6 +9,7 @@
 
 namespace {
 
+// Text blocks grow fourfold from the first; the largest are big enough for huge pages.
 constexpr size_t FirstBlock = 16 * 1024;
 constexpr size_t LargestBlock = 4 * 1024 * 1024;
 constexpr int OffsetBits = 40;
@@ -60,12 +61,8 @@ ResultColumn::ResultColumn(QString name, QString typeName, QMetaType::Type logic
 
 void ResultColumn::reserve(qint64 rows)
 {
-    // Growing by at least half each time keeps repeated reserves (one per batch) linear overall.
-    if (size_t(rows) <= m_slots.capacity())
-        return;
-    const size_t target = std::max(size_t(rows), m_slots.capacity() + m_slots.capacity() / 2);
-    m_slots.reserve(target);
-    m_nulls.reserve((target + 63) / 64);
+    m_slots.reserve(size_t(rows));
+    m_nulls.reserve((size_t(rows) + 63) / 64);
 }
 
 void ResultColumn::startKinds(ResultStorage existing)
@@ -210,17 +207,14 @@ void ResultColumn::appendVariant(const QVariant &value)
 
 quint64 ResultColumn::storeBytes(const char *data, size_t size)
 {
-    if (m_blocks.empty() || m_blocks.back().capacity - m_blocks.back().used < size) {
+    if (m_blocks.empty() || m_blocks.back().memory.capacity() - m_blocks.back().used < size) {
         const size_t next = m_blocks.empty() ? FirstBlock
-                                             : std::min(LargestBlock, m_blocks.back().capacity * 2);
-        Block block;
-        block.capacity = std::max(next, size);
-        block.data.reset(new char[block.capacity]);
-        m_blocks.push_back(std::move(block));
+                                             : std::min(LargestBlock, m_blocks.back().memory.capacity() * 4);
+        m_blocks.push_back(Block{BulkBlock(std::max(next, size)), 0});
     }
     Block &block = m_blocks.back();
     if (size)
-        std::memcpy(block.data.get() + block.used, data, size);
+        std::memcpy(block.memory.data() + block.used, data, size);
     block.used += size;
     return currentEnd();
 }
@@ -246,9 +240,8 @@ void ResultColumn::widenTo(ResultStorage storage)
     }
     // Numbers become texts: rebuild the slots as arena locators, remembering they were numbers.
     startKinds(m_storage);
-    std::vector<quint64> numbers;
-    numbers.swap(m_slots);
-    m_slots.reserve(numbers.capacity());
+    BulkArray<quint64> numbers = std::move(m_slots);
+    m_slots.reserve(numbers.size());
     const ResultStorage old = m_storage;
     for (qint64 row = 0; row < m_rows; ++row) {
         if (isNull(row)) {
@@ -280,7 +273,7 @@ std::string_view ResultColumn::bytesAt(qint64 row) const
         begin = size_t(m_slots[size_t(row - 1)] & OffsetMask);
     if (end == begin)
         return {};
-    return std::string_view(m_blocks[block].data.get() + begin, end - begin);
+    return std::string_view(m_blocks[block].memory.data() + begin, end - begin);
 }
 
 QVariant ResultColumn::value(qint64 row) const
@@ -382,16 +375,17 @@ void ResultColumn::appendValueOf(const ResultColumn &other, qint64 row)
 
 void ResultColumn::finish()
 {
-    m_slots.shrink_to_fit();
-    m_nulls.shrink_to_fit();
+    m_slots.shrinkToFit();
+    m_nulls.shrinkToFit();
     m_kinds.shrink_to_fit();
+    if (!m_blocks.empty())
+        m_blocks.back().memory.shrink(m_blocks.back().used);
 }
 
 size_t ResultColumn::memoryBytes() const
 {
-    size_t bytes = m_slots.capacity() * sizeof(quint64) + m_nulls.capacity() * sizeof(quint64)
-                   + m_kinds.capacity();
+    size_t bytes = m_slots.memoryBytes() + m_nulls.memoryBytes() + m_kinds.capacity();
     for (const Block &block : m_blocks)
-        bytes += block.capacity;
+        bytes += block.memory.capacity();
     return bytes + sizeof(*this);
 }

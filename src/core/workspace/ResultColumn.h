@@ -1,10 +1,11 @@
 #pragma once
+#include "core/base/BulkArray.h"
+
 #include <QByteArray>
 #include <QMetaType>
 #include <QString>
 #include <QVariant>
 #include <cstdint>
-#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -77,8 +78,8 @@ private:
     ResultStorage m_storage = ResultStorage::Empty;
     bool m_nullable = true;
     qint64 m_rows = 0;
-    std::vector<quint64> m_slots;
-    std::vector<quint64> m_nulls;
+    BulkArray<quint64> m_slots;
+    BulkArray<quint64> m_nulls;
     // Kind of each value, kept only once a text column also received numbers or bytes (SQLite
     // lets every value have its own type); the value is then handed back with its own type.
     std::vector<ResultStorage> m_kinds;
@@ -86,8 +87,7 @@ private:
     // where the previous row's text ended in the same block, or at 0 in a new block.
     struct Block
     {
-        std::unique_ptr<char[]> data;
-        size_t capacity = 0;
+        BulkBlock memory;
         size_t used = 0;
     };
     std::vector<Block> m_blocks;

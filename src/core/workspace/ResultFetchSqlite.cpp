@@ -77,9 +77,8 @@ public:
     {
         if (!m_stmt)
             return false;
+        // No reserve: the row count is unknown, and a column grows in place.
         const int columns = batch.columnCount();
-        for (int col = 0; col < columns; ++col)
-            batch.column(col).reserve(batch.column(col).rowCount() + std::min<qint64>(maxRows, 1 << 16));
         for (qint64 rows = 0; rows < maxRows; ++rows) {
             const int rc = m_api->step(m_stmt);
             if (rc == SQLITE_DONE) {
