@@ -49,7 +49,7 @@ const uchar *TByteSet::FindFirst(const uchar *begin, const uchar *end) const
     if (m_count <= int(m_small.size()))
     {
         // Eight bytes at a time; a word with a hit is then searched byte by byte.
-        quint64 patterns[3];
+        quint64 patterns[3] = {};
         for (int i = 0; i < m_count; ++i)
             patterns[i] = OnesBytes * m_small[i];
         while (end - p >= 8)
