@@ -8,6 +8,7 @@
 
 #include "core/interchange/WorkbookReader.h"
 
+#include "SheetCells.h"
 #include "WorkbookErrors.h"
 #include "XlsBytes.h"
 
@@ -42,19 +43,6 @@ QByteArray formula(int row, int column, const QByteArray &result, int xfIndex = 
 QByteArray specialResult(int kind, int value = 0)
 {
     return QByteArray(1, char(kind)) + QByteArray(1, 0) + QByteArray(1, char(value)) + QByteArray(3, 0) + le16(0xFFFF);
-}
-
-// The sheet's cells row by row.
-QList<QStringList> cells(const WorkbookSheet &sheet)
-{
-    QList<QStringList> rows;
-    for (int r = 1; r <= sheet.rowCount(); ++r) {
-        QStringList row;
-        for (int c = 1; c <= sheet.columnCount(); ++c)
-            row << sheet.cellText(r, c);
-        rows << row;
-    }
-    return rows;
 }
 
 } // namespace

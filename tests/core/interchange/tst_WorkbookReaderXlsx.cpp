@@ -7,10 +7,11 @@
 #include "core/interchange/WorkbookReader.h"
 
 #include "PythonWriter.h"
+#include "SheetCells.h"
+#include "WorkbookErrors.h"
 
 #include <QFile>
 #include <QTemporaryDir>
-#include "WorkbookErrors.h"
 
 #include <QtTest>
 
@@ -50,20 +51,6 @@ QMap<QString, QString> handMadePackage(const QString &sheetData, const QString &
                                                  .arg(ns, numFmts, cellXfs);
     return parts;
 }
-
-// The sheet's cells row by row, for comparing whole sheets in one go.
-QList<QStringList> cells(const WorkbookSheet &sheet)
-{
-    QList<QStringList> rows;
-    for (int r = 1; r <= sheet.rowCount(); ++r) {
-        QStringList row;
-        for (int c = 1; c <= sheet.columnCount(); ++c)
-            row << sheet.cellText(r, c);
-        rows << row;
-    }
-    return rows;
-}
-
 
 } // namespace
 
