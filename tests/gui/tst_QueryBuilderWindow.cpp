@@ -2,6 +2,8 @@
 // opens with, the opening routine's OK and Cancel, text and diagram in step, parse errors, the
 // data preview, and the two options dialogs with their settings file.
 #include "HostileValues.h"
+#include "MessageLog.h"
+#include "QueryBuilderWindows.h"
 #include "TempHome.h"
 
 #include "core/querybuilder/SqlParser.h"
@@ -33,20 +35,6 @@
 #include <QtTest>
 
 namespace {
-
-// Collects what would have gone to a message box.
-struct Messages
-{
-    QStringList errors;
-    Messages()
-    {
-        UserMessages::setHandler([this](UserMessages::Kind kind, const QString &text) {
-            if (kind == UserMessages::Kind::Error)
-                errors << text;
-        });
-    }
-    ~Messages() { UserMessages::setHandler({}); }
-};
 
 TReaderConnection sqliteRecord(const QString &file)
 {
@@ -143,17 +131,6 @@ private:
         return window;
     }
 
-    // Waits for the catalogue unless it is already there; true when it loaded.
-    static bool waitForMetadata(TfmAQBuilder *window)
-    {
-        if (window->metadataLoader()->isLoading()) {
-            QSignalSpy ready(window, &TfmAQBuilder::metadataReady);
-            if (!ready.wait(10000))
-                return false;
-        }
-        return !window->engine()->isOffline();
-    }
-
     static void showFocused(QWidget *window)
     {
         window->show();
@@ -221,7 +198,7 @@ private slots:
         QFETCH(QString, versionList);
         QFETCH(QString, version);
         QFETCH(bool, quoteAll);
-        Messages messages;
+        MessageLog messages;
         TReaderConnection rc = sqliteRecord(m_dir.filePath(QStringLiteral("kind.sqlite")));
         rc.ConnectionType = TDataSourceType(type);
         rc.Server = server;
@@ -281,7 +258,7 @@ private slots:
     // OK hands back the pane's text; Cancel the opening text, even after the diagram changed it.
     void okReturnsThePaneAndCancelTheOpeningText()
     {
-        Messages messages;
+        MessageLog messages;
         const QString opening = QStringLiteral("SELECT customers.name FROM customers");
         for (bool ok : {false, true}) {
             QString changed;
@@ -311,7 +288,7 @@ private slots:
     // Typing marks the pane; leaving it parses the text into the engine and the diagram.
     void leavingThePaneParsesIt()
     {
-        Messages messages;
+        MessageLog messages;
         auto window = openOnDatabase();
         showFocused(window.get());
         QsciScintilla *editor = window->sqlPane()->editor();
@@ -341,7 +318,7 @@ private slots:
     void parseErrorMovesTheCaret()
     {
         QFETCH(QString, text);
-        Messages messages;
+        MessageLog messages;
         TfmAQBuilder window(TReaderConnection{}, 40, {});
         showFocused(&window);
         int line = 0, offset = 0;
@@ -370,7 +347,7 @@ private slots:
     // Switching to "Data" straight from the pane previews what was typed, not the old query.
     void dataPagePreviewsTheTypedStatement()
     {
-        Messages messages;
+        MessageLog messages;
         auto window = openOnDatabase();
         window->setSqlText(QStringLiteral("SELECT name FROM customers"));
         showFocused(window.get());
@@ -393,7 +370,7 @@ private slots:
     // gets a tab of its own, and the preview runs the whole statement.
     void threeTableJoinWithAUnionRunsInThePreview()
     {
-        Messages messages;
+        MessageLog messages;
         auto window = openOnDatabase();
         window->resize(1280, 860);
         showFocused(window.get());
@@ -441,7 +418,7 @@ private slots:
     // two blanks, and a query built meanwhile replaces the text only when the user agrees.
     void sleepingEngineRefusesPreviewAndAsksBeforeWaking()
     {
-        Messages messages;
+        MessageLog messages;
         auto window = openOnDatabase();
         const QString update = QStringLiteral("UPDATE orders SET amount = 0");
         window->setSqlText(update);

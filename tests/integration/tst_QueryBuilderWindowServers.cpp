@@ -2,6 +2,8 @@
 // the diagram with some columns ticked, give a join whose rows the "Data" page shows; and F7 in a
 // workspace tab opens the builder on the tab's connection and puts its text back on OK.
 #include "GuiFixture.h"
+#include "MessageLog.h"
+#include "QueryBuilderWindows.h"
 #include "TestServers.h"
 #include "WorkspaceDriver.h"
 
@@ -63,15 +65,6 @@ void createTables(const Server &server)
     q.finish();
 }
 
-bool waitForMetadata(TfmAQBuilder *window)
-{
-    if (window->metadataLoader()->isLoading()) {
-        QSignalSpy ready(window, &TfmAQBuilder::metadataReady);
-        if (!ready.wait(20000))
-            return false;
-    }
-    return !window->engine()->isOffline();
-}
 
 } // namespace
 
@@ -95,13 +88,11 @@ private slots:
         QFETCH(int, server);
         const Server &s = Servers[server];
         createTables(s);
-        QStringList errors;
-        UserMessages::setHandler([&errors](UserMessages::Kind, const QString &text) { errors << text; });
-        const auto restore = qScopeGuard([] { UserMessages::setHandler({}); });
+        MessageLog messages;
 
         const TReaderConnection record = s.record();
         TfmAQBuilder window(record, QueryBuilderSource::dialectCode(record), {});
-        QVERIFY2(waitForMetadata(&window), qPrintable(errors.join('\n')));
+        QVERIFY2(waitForMetadata(&window), qPrintable(messages.errors.join('\n')));
         QueryDiagram *diagram = window.diagram();
         const QString orders = diagram->addObject(name(s, "issue21a_qb_orders"));
         const QString customers = diagram->addObject(name(s, "issue21a_qb_customers"));
@@ -113,8 +104,8 @@ private slots:
         QVERIFY2(sql.contains(name(s, "customer_id"), Qt::CaseInsensitive), qPrintable(sql));
 
         window.findChild<QTabWidget *>(QStringLiteral("PC"))->setCurrentIndex(1);
-        QTRY_VERIFY_WITH_TIMEOUT(window.isDataOpen() || !errors.isEmpty(), 20000);
-        QVERIFY2(errors.isEmpty(), qPrintable(errors.join('\n') + '\n' + sql));
+        QTRY_VERIFY_WITH_TIMEOUT(window.isDataOpen() || !messages.errors.isEmpty(), 20000);
+        QVERIFY2(messages.errors.isEmpty(), qPrintable(messages.errors.join('\n') + '\n' + sql));
         const ResultTable *rows = window.dataPanel()->query().table();
         QCOMPARE(rows->rowCount(), 3);
         QStringList seen;
@@ -133,15 +124,13 @@ private slots:
     // Cancel on the page's toolbar stops it, and the workspace's row limit caps what is shown.
     void previewIsCancelledAndLimited()
     {
-        QStringList errors;
-        UserMessages::setHandler([&errors](UserMessages::Kind, const QString &text) { errors << text; });
-        const auto restore = qScopeGuard([] { UserMessages::setHandler({}); });
+        MessageLog messages;
         const TReaderConnection record = TestServers::postgres();
         TfmAQBuilder::Services services;
         services.runOptions.batchRows = 7;
         services.runOptions.capAtFirstBatch = true;
         TfmAQBuilder window(record, QueryBuilderSource::dialectCode(record), services);
-        QVERIFY2(waitForMetadata(&window), qPrintable(errors.join('\n')));
+        QVERIFY2(waitForMetadata(&window), qPrintable(messages.errors.join('\n')));
         auto *pages = window.findChild<QTabWidget *>(QStringLiteral("PC"));
 
         window.setSqlText(QStringLiteral("SELECT pg_sleep(60)"));
@@ -157,14 +146,14 @@ private slots:
         QVERIFY(clock.elapsed() < 20000);
         QVERIFY(!window.isDataOpen());
         QVERIFY(!cancel->isEnabled());
-        QVERIFY2(errors.isEmpty(), qPrintable(errors.join('\n'))); // the user's own cancel is no error
+        QVERIFY2(messages.errors.isEmpty(), qPrintable(messages.errors.join('\n'))); // the user's own cancel is no error
         QVERIFY(window.findChild<QLabel *>(QStringLiteral("lbPreviewState"))->text().contains(QLatin1String("Cancel")));
 
         pages->setCurrentIndex(0);
         window.setSqlText(QStringLiteral("SELECT g.n FROM generate_series(1, 50) g(n)"));
         pages->setCurrentIndex(1);
-        QTRY_VERIFY_WITH_TIMEOUT(window.isDataOpen() || !errors.isEmpty(), 20000);
-        QVERIFY2(errors.isEmpty(), qPrintable(errors.join('\n')));
+        QTRY_VERIFY_WITH_TIMEOUT(window.isDataOpen() || !messages.errors.isEmpty(), 20000);
+        QVERIFY2(messages.errors.isEmpty(), qPrintable(messages.errors.join('\n')));
         QCOMPARE(window.dataPanel()->query().table()->rowCount(), 7);
     }
 

@@ -3,7 +3,7 @@
 // modal connection editor with actions performed inside it.
 
 #include "gui/connections/DBConnectionDialogUn.h"
-#include "gui/app/UserMessages.h"
+#include "MessageLog.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -13,25 +13,6 @@
 #include <QTimer>
 #include <QtTest>
 #include <functional>
-
-// Collects the dialog's message boxes instead of showing them.
-struct MessageLog
-{
-    QStringList errors;
-    QStringList infos;
-    MessageLog()
-    {
-        UserMessages::setHandler([this](UserMessages::Kind kind, const QString &text) {
-            (kind == UserMessages::Kind::Error ? errors : infos) << text;
-        });
-    }
-    ~MessageLog() { UserMessages::setHandler({}); }
-    void clear()
-    {
-        errors.clear();
-        infos.clear();
-    }
-};
 
 // Performs `act` on the first modal window of type T to come up, checking every 20 ms until
 // `timeoutMs` has passed. Call it before the call that opens the window.
