@@ -5,46 +5,11 @@
 
 #include <cstring>
 
-bool Biff12Fields::take(int bytes)
-{
-    if (!m_ok || bytes < 0 || bytes > m_size - m_pos) {
-        m_ok = false;
-        return false;
-    }
-    return true;
-}
-
-quint8 Biff12Fields::u8()
-{
-    if (!take(1))
-        return 0;
-    return quint8(m_data[m_pos++]);
-}
-
-quint16 Biff12Fields::u16()
-{
-    if (!take(2))
-        return 0;
-    const quint16 value = qFromLittleEndian<quint16>(m_data + m_pos);
-    m_pos += 2;
-    return value;
-}
-
-quint32 Biff12Fields::u32()
-{
-    if (!take(4))
-        return 0;
-    const quint32 value = qFromLittleEndian<quint32>(m_data + m_pos);
-    m_pos += 4;
-    return value;
-}
-
 double Biff12Fields::f64()
 {
-    if (!take(8))
-        return 0;
-    const quint64 bits = qFromLittleEndian<quint64>(m_data + m_pos);
-    m_pos += 8;
+    char bytes[8];
+    read(bytes, 8);
+    const quint64 bits = qFromLittleEndian<quint64>(bytes);
     double value;
     std::memcpy(&value, &bits, sizeof value);
     return value;
@@ -52,32 +17,23 @@ double Biff12Fields::f64()
 
 QString Biff12Fields::wideString()
 {
-    const quint32 count = u32();
-    // The count is checked against the bytes that are there before anything is allocated.
-    if (!m_ok || count > quint32(m_size - m_pos) / 2) {
-        m_ok = false;
-        return {};
-    }
-    QString text(int(count), Qt::Uninitialized);
-    for (quint32 i = 0; i < count; ++i)
-        text[int(i)] = QChar(qFromLittleEndian<quint16>(m_data + m_pos + 2 * i));
-    m_pos += int(count) * 2;
-    return text;
+    return wideCharacters(u32());
 }
 
 QString Biff12Fields::nullableWideString()
 {
-    if (take(4) && qFromLittleEndian<quint32>(m_data + m_pos) == 0xFFFFFFFFu) {
-        m_pos += 4;
-        return {};
-    }
-    return wideString();
+    const quint32 count = u32();
+    return count == 0xFFFFFFFFu ? QString() : wideCharacters(count);
 }
 
-void Biff12Fields::skip(int bytes)
+QString Biff12Fields::wideCharacters(quint32 count)
 {
-    if (take(bytes))
-        m_pos += bytes;
+    // The count is checked against the bytes that are there before anything is allocated.
+    if (!ok() || count > quint64(remaining()) / 2) {
+        fail();
+        return {};
+    }
+    return characters(int(count), true);
 }
 
 bool Biff12RecordReader::readVarint(int maxBytes, int &value, bool &atEnd)

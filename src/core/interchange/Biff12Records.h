@@ -1,34 +1,26 @@
 #pragma once
+#include "core/interchange/BiffRecords.h"
+
 #include <QByteArray>
 #include <QString>
 
 class QIODevice;
 
-// The fields of one BIFF12 record, read from the front. Reading past the end yields zeros and
-// clears ok(), so a short record from a damaged file never reads outside its bytes.
-class Biff12Fields
+// The fields of one BIFF12 record, read from the front as BIFF8 fields are (reading past the end
+// yields zeros and clears ok()), with the field types BIFF12 adds.
+class Biff12Fields : public BiffFields
 {
 public:
-    Biff12Fields(const char *data, int size) : m_data(data), m_size(size) {}
+    using BiffFields::BiffFields;
 
-    bool ok() const { return m_ok; }
-    quint8 u8();
-    quint16 u16();
-    quint32 u32();
     double f64();
     // An XLWideString: a character count, then UTF-16LE characters.
     QString wideString();
     // An XLNullableWideString, whose count 0xFFFFFFFF means no string.
     QString nullableWideString();
-    void skip(int bytes);
 
 private:
-    bool take(int bytes);
-
-    const char *m_data;
-    int m_size;
-    int m_pos = 0;
-    bool m_ok = true;
+    QString wideCharacters(quint32 count);
 };
 
 // Reads the records of a BIFF12 part from a device as it streams: each record is a type of one or

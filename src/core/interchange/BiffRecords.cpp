@@ -49,6 +49,14 @@ bool BiffFields::atEnd() const
     return true;
 }
 
+qint64 BiffFields::remaining() const
+{
+    qint64 bytes = 0;
+    for (size_t i = m_segment; i < m_segments.size(); ++i)
+        bytes += m_segments[i].size - (i == m_segment ? m_pos : 0);
+    return bytes;
+}
+
 bool BiffFields::reachData()
 {
     while (m_segment < m_segments.size() && m_pos == m_segments[m_segment].size) {

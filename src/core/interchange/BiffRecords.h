@@ -90,16 +90,21 @@ public:
     // page.
     QString byteString(int countBytes, QStringDecoder &decoder);
 
+protected:
+    // The bytes left from the current position to the end of the last segment.
+    qint64 remaining() const;
+    void fail() { m_ok = false; }
+    bool read(void *out, int bytes);
+    QString characters(int count, bool wide);
+
 private:
     struct Segment
     {
         const char *data;
         int size;
     };
-    bool read(void *out, int bytes);
     // The rest of the current segment, moving to the next when this one is used up; false at the end.
     bool reachData();
-    QString characters(int count, bool wide);
 
     std::vector<Segment> m_segments;
     size_t m_segment = 0;
