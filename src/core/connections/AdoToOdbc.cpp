@@ -143,8 +143,11 @@ QString AdoToOdbc::odbcValue(const QString &value)
 
 QString AdoToOdbc::adoValue(const QString &value)
 {
+    // The reader takes a leading quote, apostrophe or brace as an opening bracket, so a value
+    // that starts with one is quoted too.
     const bool needsQuotes = value.contains(QLatin1Char(';')) || value.startsWith(QLatin1Char('"'))
-                             || value.startsWith(QLatin1Char('\'')) || value != value.trimmed();
+                             || value.startsWith(QLatin1Char('\'')) || value.startsWith(QLatin1Char('{'))
+                             || value != value.trimmed();
     if (!needsQuotes)
         return value;
     return QLatin1Char('"') + QString(value).replace(QLatin1String("\""), QLatin1String("\"\""))

@@ -119,6 +119,16 @@ private slots:
         QCOMPARE(back.extendedProperties, p.extendedProperties);
         QVERIFY(back.others.isEmpty());
         QCOMPARE(back.connectionString(), p.connectionString());
+        // Values opening with a bracket the reader knows, unbalanced, survive the round trip.
+        for (const QString &odd : {QStringLiteral("{SQLite3"), QStringLiteral("'x"), QStringLiteral("\"y")}) {
+            DataLinkProperties q;
+            q.provider = odd;
+            q.others << AdoToOdbc::Pair{QStringLiteral("Mode"), odd};
+            const DataLinkProperties read = DataLinkProperties::fromConnectionString(q.connectionString());
+            QCOMPARE(read.provider, odd);
+            QCOMPARE(read.others.size(), 1);
+            QCOMPARE(read.others.first().value, odd);
+        }
         // What the ADO path makes of it: the extended properties as they stand.
         QCOMPARE(AdoToOdbc::translate(p.connectionString()), p.extendedProperties);
     }
