@@ -21,12 +21,11 @@
 
 #include <QSqlDriver>
 #include <QSqlError>
-#include <QSqlField>
 #include <QSqlQuery>
-#include <QSqlRecord>
 #include <QSqlResult>
 
 #include <algorithm>
+#include <limits>
 #include <cstring>
 #include <string>
 
@@ -41,6 +40,12 @@ struct OdbcApi
     SQLRETURN (*setPos)(SQLHSTMT, SQLSETPOSIROW, SQLUSMALLINT, SQLUSMALLINT) = nullptr;
     SQLRETURN (*freeStmt)(SQLHSTMT, SQLUSMALLINT) = nullptr;
     SQLRETURN (*getInfo)(SQLHDBC, SQLUSMALLINT, SQLPOINTER, SQLSMALLINT, SQLSMALLINT *) = nullptr;
+    SQLRETURN (*execDirect)(SQLHSTMT, SQLWCHAR *, SQLINTEGER) = nullptr;
+    SQLRETURN (*numResultCols)(SQLHSTMT, SQLSMALLINT *) = nullptr;
+    SQLRETURN (*describeCol)(SQLHSTMT, SQLUSMALLINT, SQLWCHAR *, SQLSMALLINT, SQLSMALLINT *, SQLSMALLINT *, SQLULEN *,
+                             SQLSMALLINT *, SQLSMALLINT *) = nullptr;
+    SQLRETURN (*colAttribute)(SQLHSTMT, SQLUSMALLINT, SQLUSMALLINT, SQLPOINTER, SQLSMALLINT, SQLSMALLINT *,
+                              SQLLEN *) = nullptr;
 
     template<typename F>
     static bool find(F &pointer, const char *name)
@@ -53,7 +58,9 @@ struct OdbcApi
     {
         return find(fetch, "SQLFetch") && find(getData, "SQLGetData") && find(bindCol, "SQLBindCol")
             && find(setStmtAttr, "SQLSetStmtAttr") && find(setPos, "SQLSetPos") && find(freeStmt, "SQLFreeStmt")
-            && find(getInfo, "SQLGetInfoW");
+            && find(getInfo, "SQLGetInfoW") && find(execDirect, "SQLExecDirectW")
+            && find(numResultCols, "SQLNumResultCols") && find(describeCol, "SQLDescribeColW")
+            && find(colAttribute, "SQLColAttributeW");
     }
 };
 
@@ -64,18 +71,24 @@ const OdbcApi *odbcApi()
 
 enum class Read { Integer, Real, Bytes, Text };
 
-// How a column of an ODBC SQL type is read, and the type name the rest of the program knows it by.
+// How a column of an ODBC SQL type is read, and the type name the rest of the program knows it
+// by: the name of the type the generic path gives its values (Qt's ODBC driver), so that both
+// paths describe a result alike.
 struct OdbcType
 {
     Read read;
     QString name;
 };
 
-OdbcType odbcType(const QSqlField &field)
+OdbcType odbcType(SQLSMALLINT sqlType, bool isUnsigned)
 {
-    switch (field.typeID()) {
-    case SQL_BIT: case SQL_TINYINT: case SQL_INTEGER: case SQL_SMALLINT: case SQL_BIGINT:
-        return {Read::Integer, QString::fromLatin1(field.metaType().name())};
+    switch (sqlType) {
+    case SQL_BIT: case SQL_INTEGER: case SQL_SMALLINT:
+        return {Read::Integer, isUnsigned ? QStringLiteral("uint") : QStringLiteral("int")};
+    case SQL_TINYINT: // named unsigned whatever its sign, as Qt's driver names it; the value keeps its sign
+        return {Read::Integer, QStringLiteral("uint")};
+    case SQL_BIGINT:
+        return {Read::Integer, isUnsigned ? QStringLiteral("qulonglong") : QStringLiteral("qlonglong")};
     case SQL_FLOAT: case SQL_REAL: case SQL_DOUBLE:
         return {Read::Real, QStringLiteral("double")};
     case SQL_BINARY: case SQL_VARBINARY: case SQL_LONGVARBINARY:
@@ -84,12 +97,29 @@ OdbcType odbcType(const QSqlField &field)
         return {Read::Text, QStringLiteral("numeric")};
     case SQL_DECIMAL:
         return {Read::Text, QStringLiteral("decimal")};
+    // Dates and times keep the names that tell the write-back they are not compared with "=";
+    // their values stay the driver's text, fractions included.
+    case SQL_DATE: case SQL_TYPE_DATE:
+        return {Read::Text, QStringLiteral("QDate")};
+    case SQL_TIME: case SQL_TYPE_TIME:
+        return {Read::Text, QStringLiteral("QTime")};
+    case SQL_TIMESTAMP: case SQL_TYPE_TIMESTAMP:
+        return {Read::Text, QStringLiteral("QDateTime")};
+    case SQL_CHAR: case SQL_VARCHAR: case SQL_LONGVARCHAR: case SQL_WCHAR: case SQL_WVARCHAR:
+    case SQL_WLONGVARCHAR: case SQL_GUID:
+        return {Read::Text, QStringLiteral("QString")};
     default:
-        // Dates and times keep the names that tell the write-back they are not compared with "=";
-        // their values stay the driver's text, fractions included.
-        return {Read::Text, QString::fromLatin1(field.metaType().name())};
+        return {Read::Text, QStringLiteral("QByteArray")};
     }
 }
+
+// A result column as the driver describes it.
+struct Described
+{
+    QString name;
+    OdbcType type;
+    int size; // declared size (characters or bytes), 0 when unknown
+};
 
 // Bound buffers stay small: a text column takes at most this many UTF-16 units per row, and a
 // block at most BlockBytes of buffers (and at most BlockRows rows). Longer values are read again
@@ -190,29 +220,39 @@ public:
     ~OdbcCursor() override { close(); }
 
     // Runs the statement; false, before running it, when Qt's driver gives no statement handle.
+    // Qt's driver makes the handle (and owns it); the statement then runs on it directly
+    // (SQLExecDirect) rather than prepared: psqlODBC prepares on the server and then reads every
+    // row of a prepared statement's result more slowly, for nothing when it runs once.
     bool start(const QString &statement, ResultFetchNative::OdbcFetch mode)
     {
-        bool ok = m_query.prepare(statement);
-        m_statement = ok ? handleOf(m_query) : nullptr;
-        if (ok && !m_statement)
-            return false;
-        if (ok && m_cancel)
-            m_cancel->watchStatement(&m_query);
-        ok = ok && m_query.exec();
-        if (!ok) {
+        if (!m_query.prepare(statement)) {
             const QSqlError error = m_query.lastError();
             close();
             throw VantryError(sqlErrorText(error));
         }
-        const QSqlRecord record = m_query.record();
-        for (int col = 0; col < record.count(); ++col) {
-            const OdbcType type = odbcType(record.field(col));
-            m_columns.push_back({type.read, cTypeOf(type.read)});
-            addColumn(record.field(col).name(), type.name);
+        m_statement = handleOf(m_query);
+        if (!m_statement)
+            return false;
+        if (m_cancel)
+            m_cancel->watchStatement(&m_query);
+        const std::unique_ptr<SQLWCHAR[]> text = Odbc::toSqlW(statement);
+        const SQLRETURN rc = m_api->execDirect(m_statement, text.get(), SQL_NTS);
+        if (rc != SQL_NO_DATA && !Odbc::succeeded(rc)) {
+            QString message = Odbc::diagnostics(SQL_HANDLE_STMT, m_statement);
+            if (message.isEmpty())
+                message = QStringLiteral("The ODBC driver could not run the statement.");
+            close();
+            throw VantryError(message);
         }
-        m_open = m_query.isSelect();
+        m_executed = true;
+        const std::vector<Described> columns = describe();
+        for (const Described &column : columns) {
+            m_columns.push_back({column.type.read, cTypeOf(column.type.read)});
+            addColumn(column.name, column.type.name);
+        }
+        m_open = !columns.empty();
         if (m_open && mode == ResultFetchNative::OdbcFetch::Block)
-            bind(record);
+            bind(columns);
         return true;
     }
 
@@ -238,6 +278,11 @@ public:
         m_cancel = nullptr;
         m_open = false;
         unbind();
+        // The statement ran outside Qt's knowledge, so its cursor is closed here; Qt's driver
+        // frees the handle with the query.
+        if (m_executed && m_statement)
+            m_api->freeStmt(m_statement, SQL_CLOSE);
+        m_executed = false;
         m_query.finish();
     }
 
@@ -275,8 +320,30 @@ private:
         return QString::fromUtf16(name, std::min<qsizetype>(length / 2, std::size(name) - 1));
     }
 
+    std::vector<Described> describe()
+    {
+        SQLSMALLINT count = 0;
+        check(m_api->numResultCols(m_statement, &count), "SQLNumResultCols");
+        std::vector<Described> columns;
+        for (SQLUSMALLINT col = 1; col <= SQLUSMALLINT(std::max<SQLSMALLINT>(count, 0)); ++col) {
+            SQLWCHAR name[256] = {};
+            SQLSMALLINT nameLength = 0, sqlType = 0, digits = 0, nullable = 0;
+            SQLULEN size = 0;
+            check(m_api->describeCol(m_statement, col, name, SQLSMALLINT(std::size(name)), &nameLength, &sqlType, &size,
+                                     &digits, &nullable),
+                  "SQLDescribeCol");
+            SQLLEN isUnsigned = SQL_FALSE;
+            if (!Odbc::succeeded(m_api->colAttribute(m_statement, col, SQL_DESC_UNSIGNED, nullptr, 0, nullptr, &isUnsigned)))
+                isUnsigned = SQL_FALSE;
+            const qsizetype length = std::clamp<qsizetype>(nameLength, 0, qsizetype(std::size(name)) - 1);
+            columns.push_back({Odbc::fromSqlW(name, length), odbcType(sqlType, isUnsigned == SQL_TRUE),
+                               size > SQLULEN(std::numeric_limits<int>::max()) ? 0 : int(size)});
+        }
+        return columns;
+    }
+
     // Binds the columns the driver lets us bind and sizes the block (see the top of the file).
-    void bind(const QSqlRecord &record)
+    void bind(const std::vector<Described> &described)
     {
         const SQLUINTEGER extensions = getDataExtensions();
         const bool rereadBound = extensions & SQL_GD_BOUND;
@@ -289,7 +356,7 @@ private:
         m_positioned = rereadBound && (extensions & SQL_GD_BLOCK) && !mariaDb;
         bool whole = rereadBound && mariaDb;
         for (size_t col = 0; whole && col < m_columns.size(); ++col)
-            whole = wholeWidth(m_columns[col].read, record.field(int(col)).length()) > 0;
+            whole = wholeWidth(m_columns[col].read, described[col].size) > 0;
         SQLLEN rowBytes = 0;
         for (size_t col = 0; col < m_columns.size(); ++col) {
             Column &column = m_columns[col];
@@ -299,7 +366,7 @@ private:
                     continue;
                 break; // the columns from here on are read with SQLGetData, in order
             }
-            const int declared = record.field(int(col)).length();
+            const int declared = described[col].size;
             column.bound = true;
             column.width = whole ? wholeWidth(column.read, declared) : boundWidth(column.read, declared);
             rowBytes += column.width + SQLLEN(sizeof(SQLLEN));
@@ -493,6 +560,7 @@ private:
     SQLULEN m_fetched = 0;   // rows in the current block
     SQLULEN m_next = 0;      // the block's next row to hand out
     bool m_bound = false;
+    bool m_executed = false; // a cursor may be open on the statement
     bool m_positioned = false; // SQLGetData may read any row of a block after SQLSetPos
     bool m_open = false;
     std::string m_utf8;
