@@ -169,8 +169,10 @@ void TDatasetImportWizardFrm::importRow(int sheetRow)
                 self->m_preview->setStatus(sheetRow, error);
             }
             self->pb->setValue(sheetRow);
-            // The row's outcome stays in sight as the import moves down the sheet.
-            self->gData->scrollTo(self->m_preview->index(sheetRow, self->m_preview->columnCount() - 1));
+            // The row stays in sight as the import moves down the sheet; the view keeps its
+            // horizontal place, so the columns the user is looking at stay in view.
+            const int leftColumn = std::max(0, self->gData->columnAt(0));
+            self->gData->scrollTo(self->m_preview->index(sheetRow, leftColumn));
             // The next row starts from the event loop, so a long run of rows that fail at once
             // does not nest one call in the other.
             QTimer::singleShot(0, self.data(), [self, sheetRow] {
