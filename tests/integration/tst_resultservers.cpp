@@ -1,3 +1,4 @@
+#include "ErrorOf.h"
 #include "TestServers.h"
 #include "core/base/VantryError.h"
 #include "core/workspace/ResultFetcher.h"
@@ -90,7 +91,9 @@ private slots:
         }
         // the native path leaves the connection usable and outside any transaction
         QCOMPARE(scalar(db, QStringLiteral("select count(*) from %1").arg(table)).toInt(), 25);
-        QVERIFY_THROWS_EXCEPTION(VantryError, ResultFetcher::fetch(db, "select * from no_such_table", 10));
+        // A failing statement gives the database's own message, which names what is wrong.
+        const QString error = errorOf([&] { ResultFetcher::fetch(db, "select * from no_such_table", 10); });
+        QVERIFY2(error.contains(QLatin1String("no_such_table"), Qt::CaseInsensitive), qPrintable(error));
         QCOMPARE(scalar(db, "select 1").toInt(), 1);
     }
 
