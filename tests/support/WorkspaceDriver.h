@@ -1,6 +1,5 @@
 #pragma once
 #include "core/app/StatusMessage.h"
-#include "gui/app/UserMessages.h"
 #include "core/connections/ConnectionTypes.h"
 #include "core/connections/vtrtools.h"
 #include "core/workspace/ConnectionList.h"
@@ -90,14 +89,6 @@ protected:
             texts << static_cast<StatusMessageEvent *>(event)->text();
         return false;
     }
-};
-
-// Captures the message boxes of explicit refusals for the life of the object.
-struct MessageCatcher
-{
-    QStringList shown;
-    MessageCatcher() { UserMessages::setHandler([this](UserMessages::Kind, const QString &text) { shown << text; }); }
-    ~MessageCatcher() { UserMessages::setHandler({}); }
 };
 
 } // namespace WorkspaceDriver

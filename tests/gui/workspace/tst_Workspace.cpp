@@ -1,6 +1,7 @@
 // A workspace tab on the sample SQLite database: the connection panel, the table list, Run SQL,
 // Run as Script, the log and the history.
 #include "GuiFixture.h"
+#include "MessageLog.h"
 #include "WorkspaceDriver.h"
 #include "core/app/SqlHistory.h"
 #include "gui/workspace/ResultPanel.h"
@@ -288,11 +289,11 @@ private slots:
 
     void refusalsShowTheirBox()
     {
-        MessageCatcher boxes;
+        MessageLog boxes;
         run(frame, QStringLiteral("   \n "));
         frame->findChild<QComboBox *>(QStringLiteral("peSeparator"))->setCurrentText(QString());
         runScript(frame, QStringLiteral("select 1"));
-        QCOMPARE(boxes.shown, (QStringList{"Nothing to execute!", "Select Sql Statements Delimiter first!"}));
+        QCOMPARE(boxes.all, (QStringList{"Nothing to execute!", "Select Sql Statements Delimiter first!"}));
         QCOMPARE(frame->log()->table()->count(), 0);
     }
 
@@ -369,7 +370,7 @@ private slots:
 
     void tableListErrorsGoToTheErrorBox()
     {
-        MessageCatcher boxes;
+        MessageLog boxes;
         TReaderConnection missing;
         missing.ConnectionType = dsSqLite;
         missing.Description = QStringLiteral("gone");
@@ -378,8 +379,8 @@ private slots:
         selectConnection(frame, QStringLiteral("gone"));
         fx->window->action(QStringLiteral("Action6"))->trigger();  // System Tables: reloads the list
         QVERIFY(waitIdle(frame));
-        QTRY_COMPARE(boxes.shown.size(), 1);
-        QVERIFY2(boxes.shown.first().contains(QStringLiteral("no-such.sqlite")), qPrintable(boxes.shown.first()));
+        QTRY_COMPARE(boxes.all.size(), 1);
+        QVERIFY2(boxes.all.first().contains(QStringLiteral("no-such.sqlite")), qPrintable(boxes.all.first()));
         QVERIFY(!QFile::exists(missing.DataBase));
         QCOMPARE(frame->tablesList()->count(), 0);
     }
