@@ -2,11 +2,11 @@
 // The catalogue, the settings file and an export each refuse with an error naming the cause, and
 // nothing already stored is damaged. The file system is a private tmpfs mount, so the test needs
 // the right to mount (root in CI); without it the test is skipped.
+#include "ErrorOf.h"
 #include "FilledTable.h"
 #include "core/app/MdmUn.h"
 #include "core/app/SqlHistory.h"
 #include "core/base/SettingsStore.h"
-#include "core/base/VantryError.h"
 #include "core/interchange/GridExport.h"
 #include "core/workspace/ResultExportSource.h"
 
@@ -36,16 +36,6 @@ void fill(const QString &folder)
     // Whatever fits in single bytes goes in too.
     while (filler.write("x", 1) == 1 && filler.flush()) {
     }
-}
-
-QString expectRefusal(const std::function<void()> &write)
-{
-    try {
-        write();
-    } catch (const VantryError &e) {
-        return e.message();
-    }
-    return QString();
 }
 
 } // namespace
@@ -89,7 +79,7 @@ class tst_FullDisk : public QObject
                                        {{1, QString(5000, 'a')}, {2, QString(5000, 'b')}});
         const ResultExportSource source(*table);
         const QString target = m_mountPoint.path() + QStringLiteral("/export.csv");
-        const QString message = expectRefusal([&] { GridExport::write(source, ExportFormat::Csv, target); });
+        const QString message = errorOf([&] { GridExport::write(source, ExportFormat::Csv, target); });
         QVERIFY2(message.contains(cause, Qt::CaseInsensitive), qPrintable(message));
         QVERIFY(!QFile::exists(target));
     }
@@ -133,7 +123,7 @@ private slots:
         fill(m_mountPoint.path());
         {
             TMdm mdm(m_catalogue);
-            const QString connection = expectRefusal([&] {
+            const QString connection = errorOf([&] {
                 ConnectionRow row;
                 row.connectionName = QStringLiteral("does not fit");
                 row.connectionParameters = QByteArray(256 * 1024, 'p');
@@ -141,10 +131,10 @@ private slots:
                 mdm.postConnection(row);
             });
             QVERIFY2(connection.contains(QLatin1String("full"), Qt::CaseInsensitive), qPrintable(connection));
-            const QString history = expectRefusal([&] { mdm.history().append(QString(256 * 1024, 's')); });
+            const QString history = errorOf([&] { mdm.history().append(QString(256 * 1024, 's')); });
             QVERIFY2(history.contains(QLatin1String("full"), Qt::CaseInsensitive), qPrintable(history));
         }
-        const QString settings = expectRefusal([&] {
+        const QString settings = errorOf([&] {
             SettingsStore store(m_settings);
             store.writeString(QStringLiteral("SQL\\"), QStringLiteral("Large"), QString(256 * 1024, 'v'));
             store.sync();
@@ -159,7 +149,7 @@ private slots:
     void readOnlyFolderRefusesEveryWrite()
     {
         QVERIFY(run(QStringLiteral("mount"), {"-o", "remount,ro", m_mountPoint.path()}));
-        const QString catalogue = expectRefusal([&] {
+        const QString catalogue = errorOf([&] {
             TMdm mdm(m_catalogue);
             ConnectionRow row;
             row.connectionName = QStringLiteral("read-only");
@@ -167,7 +157,7 @@ private slots:
             mdm.postConnection(row);
         });
         QVERIFY2(catalogue.contains(QLatin1String("read"), Qt::CaseInsensitive), qPrintable(catalogue));
-        const QString settings = expectRefusal([&] {
+        const QString settings = errorOf([&] {
             SettingsStore store(m_settings);
             store.writeString(QStringLiteral("SQL\\"), QStringLiteral("Changed"), QStringLiteral("1"));
             store.sync();
