@@ -4,6 +4,8 @@
 #include "core/base/VantryError.h"
 #include "core/interchange/TextFileCodec.h"
 
+#include "ErrorOf.h"
+
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -103,12 +105,7 @@ private slots:
     {
         QTemporaryDir dir;
         const QString missing = dir.filePath(QStringLiteral("missing.sql"));
-        try {
-            TextFileCodec::readFile(missing);
-            QFAIL("reading a missing file succeeded");
-        } catch (const VantryError &e) {
-            QVERIFY(e.message().contains(missing));
-        }
+        QVERIFY(errorOf([&] { TextFileCodec::readFile(missing); }).contains(missing));
         const QString target = dir.filePath(QStringLiteral("no/such/folder/x.sql"));
         QVERIFY_THROWS_EXCEPTION(VantryError, TextFileCodec::writeFile(target, QStringLiteral("x"),
                                                                        TextFileCodec::Encoding::Utf8));
