@@ -7,7 +7,6 @@
 #include "core/querybuilder/QueryEngine.h"
 #include "core/querybuilder/SessionMetadataProvider.h"
 #include "core/querybuilder/SqlGenerator.h"
-#include "core/querybuilder/SqlLexer.h"
 #include "core/querybuilder/SqlParser.h"
 
 #include <QSettings>
@@ -22,19 +21,6 @@ class tst_QueryEngine : public QObject
     Q_OBJECT
 
 private slots:
-    void dialectListAndVersions()
-    {
-        const QStringList names = SqlDialects::names();
-        QCOMPARE(names.size(), 15);
-        QCOMPARE(names.first(), QStringLiteral("Universal"));
-        QCOMPARE(names.at(8), QStringLiteral("Firebird"));
-        QCOMPARE(names.last(), QStringLiteral("DB2"));
-        QCOMPARE(SqlDialects::serverVersions(SqlDialect::Informix),
-                 QStringList({QStringLiteral("Informix 8"), QStringLiteral("Informix 9"), QStringLiteral("Informix 10")}));
-        QVERIFY(SqlDialects::serverVersions(SqlDialect::PostgreSql).isEmpty());
-        QCOMPARE(SqlDialects::initialMySqlVersion(), QStringLiteral("4.1.0"));
-    }
-
     void dialectCodes_data()
     {
         QTest::addColumn<int>("code");
