@@ -162,7 +162,6 @@ private slots:
         QCOMPARE(c.odbcDriverText, driver);
         QCOMPARE(c.bulkCopyLibrary, library);
         QCOMPARE(c.version, version);
-        QCOMPARE(c.providerText, QStringLiteral("Provider=SQLOLEDB.1"));
     }
 
     void translation_data()
