@@ -58,8 +58,6 @@ private slots:
         QTest::newRow("SQLite3") << "SQLite3" << "" << "Database" << 5;
         QTest::newRow("PostgreSQL") << "PostgreSQL Unicode" << "" << "Server" << 6;
         QTest::newRow("MariaDB") << "MariaDB Unicode" << "" << "Server" << 6;
-        QTest::newRow("MySQL") << "MySQL ODBC 8.0 Driver" << "" << "Server" << 6;
-        QTest::newRow("FreeTDS") << "FreeTDS" << "" << "Server" << 6;
         QTest::newRow("mdbtools") << "MDBTools" << "" << "DBQ" << 1;
         QTest::newRow("by library") << "Sales DB" << "/usr/lib/x86_64-linux-gnu/odbc/libmaodbc.so" << "Server" << 6;
         QTest::newRow("unknown") << "Acme Flat Files" << "libacme.so" << "UID" << 2;
