@@ -43,6 +43,7 @@ private slots:
         const QByteArray packed = PackParameters(kText);
         QVERIFY(packed.startsWith("BZh5"));
         QCOMPARE(runBzip2({QStringLiteral("-dc")}, packed), kText.toUtf8());
+        QVERIFY(PackParameters(QString()).isEmpty()); // an empty text is an empty column
     }
 
     void bzip2ToolOutputUnpacks()
@@ -80,12 +81,6 @@ private slots:
         QFETCH(QByteArray, column);
         QFETCH(QString, text);
         QCOMPARE(UnpackParameters(column), text);
-    }
-
-    void emptyTextPacksToEmptyColumn()
-    {
-        QVERIFY(PackParameters(QString()).isEmpty());
-        QCOMPARE(UnpackParameters(PackParameters(QString())), QString());
     }
 
     void oversizedStreamIsNotUnpacked()
