@@ -107,12 +107,10 @@ private slots:
 
     void storedConnection()
     {
-        QCOMPARE(SampleDatabase::connectionName(), QStringLiteral("Sample (SQLite)"));
         const QString file = m_dir.filePath(QStringLiteral("Sample, with comma.sqlite"));
         const TReaderConnection r =
             ReaderConnectionFromStr(UnpackParameters(SampleDatabase::packedParameters(file)));
         QCOMPARE(r.ConnectionType, dsSqLite);
-        QCOMPARE(r.Description, QStringLiteral("Sample (SQLite)"));
         QCOMPARE(r.DataBase, file);
         QCOMPARE(r.SourceFile, file);
         QVERIFY(r.Server.isEmpty());
