@@ -8,16 +8,17 @@
 #include "core/interchange/WorkbookReader.h"
 
 #include "PythonWriter.h"
+#include "WorkbookErrors.h"
+#include "XlsBytes.h"
 
 #include <QTemporaryDir>
-#include <QtEndian>
-#include "WorkbookErrors.h"
-
 #include <QtTest>
 
-#include <cstring>
-
 namespace {
+
+using xls::f64;
+using xls::le16;
+using xls::le32;
 
 // A BIFF12 record writer, enough for the parts a reader needs.
 class Records
@@ -46,35 +47,9 @@ private:
 };
 
 QByteArray u8(int v) { return QByteArray(1, char(v)); }
-QByteArray u16(int v)
-{
-    QByteArray b(2, 0);
-    qToLittleEndian<quint16>(quint16(v), b.data());
-    return b;
-}
-QByteArray u32(quint32 v)
-{
-    QByteArray b(4, 0);
-    qToLittleEndian<quint32>(v, b.data());
-    return b;
-}
-QByteArray f64(double v)
-{
-    quint64 bits;
-    std::memcpy(&bits, &v, sizeof bits);
-    QByteArray b(8, 0);
-    qToLittleEndian<quint64>(bits, b.data());
-    return b;
-}
-QByteArray wide(const QString &text)
-{
-    QByteArray b = u32(quint32(text.size()));
-    for (QChar c : text)
-        b += u16(c.unicode());
-    return b;
-}
+QByteArray wide(const QString &text) { return le32(quint32(text.size())) + xls::utf16(text); }
 // The cell head of every cell record: column from 0 and the cell format's index.
-QByteArray cell(int column, int style = 0) { return u32(quint32(column)) + u32(quint32(style)); }
+QByteArray cell(int column, int style = 0) { return le32(quint32(column)) + le32(quint32(style)); }
 
 QString rels(const QStringList &entries)
 {
@@ -100,26 +75,26 @@ QMap<QString, QByteArray> package(const QByteArray &sheet, bool date1904)
             .toUtf8();
     parts[QStringLiteral("xl/workbook.bin")] = Records()
                                                    .add(131)                                        // begin book
-                                                   .add(153, u32(date1904 ? 1 : 0) + u32(0) + wide({}))  // properties
+                                                   .add(153, le32(date1904 ? 1 : 0) + le32(0) + wide({}))  // properties
                                                    .add(143)                                        // begin sheets
-                                                   .add(156, u32(0) + u32(1) + wide("rId1") + wide("Data"))
-                                                   .add(156, u32(0) + u32(2) + wide("rId2") + wide("Nothing"))
+                                                   .add(156, le32(0) + le32(1) + wide("rId1") + wide("Data"))
+                                                   .add(156, le32(0) + le32(2) + wide("rId2") + wide("Nothing"))
                                                    .add(144)
                                                    .add(132)
                                                    .bytes();
     const QByteArray xfTail(12, 0);
     parts[QStringLiteral("xl/styles.bin")] = Records()
-                                                 .add(44, u16(164) + wide("yyyy\\-mm\\-dd"))
-                                                 .add(47, u16(0xFFFF) + u16(0) + xfTail)  // a cell style format
-                                                 .add(47, u16(0) + u16(0) + xfTail)       // cell formats 0 to 3
-                                                 .add(47, u16(0) + u16(164) + xfTail)
-                                                 .add(47, u16(0) + u16(21) + xfTail)
-                                                 .add(47, u16(0) + u16(22) + xfTail)
+                                                 .add(44, le16(164) + wide("yyyy\\-mm\\-dd"))
+                                                 .add(47, le16(0xFFFF) + le16(0) + xfTail)  // a cell style format
+                                                 .add(47, le16(0) + le16(0) + xfTail)       // cell formats 0 to 3
+                                                 .add(47, le16(0) + le16(164) + xfTail)
+                                                 .add(47, le16(0) + le16(21) + xfTail)
+                                                 .add(47, le16(0) + le16(22) + xfTail)
                                                  .bytes();
     parts[QStringLiteral("xl/sharedStrings.bin")] = Records()
-                                                        .add(159, u32(2) + u32(2))
+                                                        .add(159, le32(2) + le32(2))
                                                         .add(19, u8(0) + wide("first"))
-                                                        .add(19, u8(1) + wide("second") + u32(0))
+                                                        .add(19, u8(1) + wide("second") + le32(0))
                                                         .add(160)
                                                         .bytes();
     parts[QStringLiteral("xl/worksheets/sheet1.bin")] = sheet;
@@ -132,32 +107,31 @@ QByteArray typesSheet(double dayOffset)
     return Records()
         .add(129)  // begin sheet
         .add(145)  // begin sheet data
-        .add(0, u32(0) + QByteArray(13, 0))
-        .add(2, cell(0) + u32((42u << 2) | 2))                  // RK integer
-        .add(2, cell(1) + u32(0x400A0000u))                      // RK double 3.25
-        .add(2, cell(2) + u32(quint32(-750 * 4) | 3))            // RK integer / 100
+        .add(0, le32(0) + QByteArray(13, 0))
+        .add(2, cell(0) + le32((42u << 2) | 2))                  // RK integer
+        .add(2, cell(1) + le32(0x400A0000u))                      // RK double 3.25
+        .add(2, cell(2) + le32(quint32(-750 * 4) | 3))            // RK integer / 100
         .add(5, cell(3) + f64(-1e-300))
         .add(4, cell(4) + u8(1))
         .add(3, cell(5) + u8(0x07))
         .add(6, cell(6) + wide(QStringLiteral("ünï ☃")))
-        .add(7, cell(7) + u32(1))
+        .add(7, cell(7) + le32(1))
         .add(62, cell(8) + u8(0) + wide("rich"))
         .add(1, cell(9))                                          // blank
-        .add(0, u32(1) + QByteArray(13, 0))
+        .add(0, le32(1) + QByteArray(13, 0))
         .add(5, cell(0, 1) + f64(45351 - dayOffset))
         .add(5, cell(1, 2) + f64(0.25))
         .add(5, cell(2, 3) + f64(45366.5 - dayOffset))
-        .add(9, cell(3) + f64(2) + u16(0) + u32(0))
-        .add(8, cell(4) + wide("ab") + u16(0) + u32(0))
-        .add(10, cell(5) + u8(0) + u16(0) + u32(0))
-        .add(11, cell(6) + u8(0x2A) + u16(0) + u32(0))
-        .add(0, u32(4) + QByteArray(13, 0))
+        .add(9, cell(3) + f64(2) + le16(0) + le32(0))
+        .add(8, cell(4) + wide("ab") + le16(0) + le32(0))
+        .add(10, cell(5) + u8(0) + le16(0) + le32(0))
+        .add(11, cell(6) + u8(0x2A) + le16(0) + le32(0))
+        .add(0, le32(4) + QByteArray(13, 0))
         .add(5, cell(9) + f64(1e21))
         .add(146)
         .add(130)
         .bytes();
 }
-
 
 } // namespace
 
@@ -221,9 +195,9 @@ void tst_WorkbookReaderXlsb::damagedRecordsNameFileAndCause()
         {"cut.xlsb", good.left(good.size() - 20), "cut short"},
         {"huge.xlsb", Records().add(145).bytes() + QByteArray("\x05\xFF\xFF\xFF\x7F", 5), "more than a record holds"},
         {"header.xlsb", Records().add(145).bytes() + QByteArray("\xFF\xFF\xFF", 3), "record header"},
-        {"short.xlsb", Records().add(145).add(5, cell(0) + u32(1)).bytes(), "cut short"},
-        {"string.xlsb", Records().add(145).add(7, cell(0) + u32(9)).bytes(), "shared string 9"},
-        {"row.xlsb", Records().add(0, u32(2000000)).add(5, cell(0) + f64(1)).bytes(), "row 2000001"},
+        {"short.xlsb", Records().add(145).add(5, cell(0) + le32(1)).bytes(), "cut short"},
+        {"string.xlsb", Records().add(145).add(7, cell(0) + le32(9)).bytes(), "shared string 9"},
+        {"row.xlsb", Records().add(0, le32(2000000)).add(5, cell(0) + f64(1)).bytes(), "row 2000001"},
     };
     for (const Damage &damage : damages) {
         const QString path = m_dir.filePath(QString::fromLatin1(damage.name));
