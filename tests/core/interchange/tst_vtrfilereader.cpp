@@ -5,6 +5,8 @@
 #include "core/interchange/VtrFileReader.h"
 #include "LineStartOracle.h"
 
+#include "ErrorOf.h"
+
 #include <QBuffer>
 #include <QFile>
 #include <QRandomGenerator>
@@ -105,6 +107,15 @@ private slots:
             << QByteArray("a\nb\r\nc") << "{EOF}" << Lines{"a\nb\r\nc"};
         QTest::newRow("empty lines") << QByteArray("\n\n") << "{LF}" << Lines{"", ""};
         QTest::newRow("empty file") << QByteArray() << "{LF}" << Lines{};
+        // Lines up to 3,000 bytes, far longer than any of the buffers.
+        QByteArray content;
+        Lines expected;
+        for (int i = 0; i < 200; ++i)
+        {
+            expected.append(QByteArray(i * 37 % 3001, char('a' + i % 26)));
+            content += expected.last() + (i % 2 ? "\r\n" : "\n");
+        }
+        QTest::newRow("long lines across buffers") << content << "" << expected;
     }
     void lines()
     {
@@ -123,23 +134,6 @@ private slots:
             reused.SetLineTerminator(terminators);
             QCOMPARE(ReadAllIntoOneBuffer(reused), expected);
         }
-    }
-
-    void longLinesAcrossBuffers()
-    {
-        QByteArray content;
-        Lines expected;
-        for (int i = 0; i < 200; ++i)
-        {
-            const QByteArray line(i * 37 % 3001, char('a' + i % 26));
-            expected.append(line);
-            content += line + (i % 2 ? "\r\n" : "\n");
-        }
-        const QString name = WriteFile(content);
-        TvtrFileReader reader(name, 1024);
-        QCOMPARE(ReadAll(reader), expected);
-        TvtrFileReader reused(name, 1024);
-        QCOMPARE(ReadAllIntoOneBuffer(reused), expected);
     }
 
     void byteOrderMark_data()
@@ -292,22 +286,13 @@ private slots:
         QVERIFY_THROWS_EXCEPTION(VantryError,
                                  TvtrFileReader(m_dir.filePath("missing.txt"), 1024));
         TvtrFileReader reader(WriteFile("abc"), 2);
-        QVERIFY_THROWS_EXCEPTION(VantryError, reader.Skip(4));
+        QVERIFY(errorOf([&] { reader.Skip(4); }).contains(QLatin1String("Unexpected end of file")));
         reader.Seek(1);
         QCOMPARE(reader.ReadBytes(2), QByteArray("bc"));
         QVERIFY_THROWS_EXCEPTION(VantryError, reader.ReadByte());
         reader.Seek(0);
         QVERIFY_THROWS_EXCEPTION(VantryError, reader.ReadBytes(4));
         QCOMPARE(reader.Position(), 0); // refused before anything was read
-        try
-        {
-            reader.Skip(10);
-            QFAIL("no read error");
-        }
-        catch (const VantryError &error)
-        {
-            QVERIFY(error.message().contains(QLatin1String("Unexpected end of file")));
-        }
     }
 
     void matchingAndLocatingAcrossBuffers()
