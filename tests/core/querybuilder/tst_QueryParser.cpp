@@ -263,15 +263,9 @@ private slots:
         QTest::addColumn<QString>("sql");
         QTest::newRow("insert") << "INSERT INTO t VALUES (1, 'x')";
         QTest::newRow("update") << "update t set a = 1 where b = 2";
-        QTest::newRow("delete") << "DELETE FROM t";
-        QTest::newRow("create") << "CREATE TABLE t (a INT)";
-        QTest::newRow("drop") << "DROP VIEW v";
-        QTest::newRow("alter") << "ALTER TABLE t ADD b INT";
         QTest::newRow("exec") << "EXEC dbo.proc @a = 1";
-        QTest::newRow("execute") << "EXECUTE PROCEDURE p(1)";
         QTest::newRow("with delete") << "WITH x AS (SELECT 1 AS a) DELETE FROM t WHERE a IN (SELECT a FROM x)";
         QTest::newRow("comment first") << "-- load\nINSERT INTO t SELECT * FROM u";
-        QTest::newRow("pragma") << "PRAGMA table_info(t)";
         QTest::newRow("odbc call escape") << "{call proc(1)}";
     }
 
