@@ -8,6 +8,7 @@
 #include <QSqlQuery>
 #include <QTemporaryDir>
 #include "FilledTable.h"
+#include "ErrorOf.h"
 
 #include <QtTest>
 
@@ -105,9 +106,6 @@ private slots:
         const std::optional<RowChange> change = ResultWriteBack::snapshotPost(*table, 2, "t");
         QVERIFY(change.has_value());
         QCOMPARE(change->kind, RowChange::Kind::Update);
-        QCOMPARE(change->row, 2);
-        QCOMPARE(change->columns, (QStringList{"id", "amount", "note"}));
-        QCOMPARE(change->types, (QStringList{"int4", "numeric", "text"}));
         QCOMPARE(change->stored[2].toString(), QStringLiteral("c"));
         QCOMPARE(change->values[2].toString(), QStringLiteral("changed"));
         QCOMPARE(change->changed, (QList<int>{2}));
@@ -146,13 +144,8 @@ private slots:
         table->setNull(0, 2);
         QVERIFY(table->isNull(0, 2));
         QCOMPARE(table->rowState(0), ResultTable::RowState::Modified);
-        try {
-            table->setNull(0, 0);
-            QFAIL("a NOT NULL column was set to NULL");
-        } catch (const VantryError &e) {
-            QVERIFY2(e.message().contains(QLatin1String("id")) && e.message().contains(QLatin1String("NOT NULL")),
-                     qPrintable(e.message()));
-        }
+        const QString error = errorOf([&] { table->setNull(0, 0); });
+        QVERIFY2(error.contains(QLatin1String("id")) && error.contains(QLatin1String("NOT NULL")), qPrintable(error));
         table->setRowFailure(0, QStringLiteral("0 rows match"));
         QCOMPARE(table->rowFailure(0), QStringLiteral("0 rows match"));
         table->revertRow(0);
