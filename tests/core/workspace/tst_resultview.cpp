@@ -30,58 +30,45 @@ class TestResultView : public QObject
     }
 
 private slots:
-    void filter_data()
+    // A filter or a sort on one column; sort is 1 ascending, -1 descending, 0 none.
+    void filterAndSort_data()
     {
         QTest::addColumn<int>("column");
-        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("filter");
+        QTest::addColumn<int>("sort");
         QTest::addColumn<QList<qint64>>("rows");
-        QTest::newRow("contains any case") << 0 << "AN" << QList<qint64>{0, 5};
-        QTest::newRow("equals text") << 0 << "=carl" << QList<qint64>{4};
-        QTest::newRow("empty text is not null") << 0 << "(null)" << QList<qint64>{3};
-        QTest::newRow("not null") << 1 << "(not null)" << QList<qint64>{0, 2, 3, 4, 5};
-        QTest::newRow("integer >=") << 1 << ">= 20" << QList<qint64>{0, 3, 5};
-        QTest::newRow("integer <>") << 1 << "<>10" << QList<qint64>{0, 3, 5};
-        QTest::newRow("integer digits") << 1 << "0" << QList<qint64>{0, 2, 3, 4, 5};
-        QTest::newRow("real <") << 2 << "<0.5" << QList<qint64>{3};
-        QTest::newRow("real contains") << 2 << "25" << QList<qint64>{1};
-        QTest::newRow("blank filters nothing") << 0 << "  " << QList<qint64>{0, 1, 2, 3, 4, 5};
+        QTest::newRow("contains any case") << 0 << "AN" << 0 << QList<qint64>{0, 5};
+        QTest::newRow("equals text") << 0 << "=carl" << 0 << QList<qint64>{4};
+        QTest::newRow("empty text is not null") << 0 << "(null)" << 0 << QList<qint64>{3};
+        QTest::newRow("not null") << 1 << "(not null)" << 0 << QList<qint64>{0, 2, 3, 4, 5};
+        QTest::newRow("integer >=") << 1 << ">= 20" << 0 << QList<qint64>{0, 3, 5};
+        QTest::newRow("integer <>") << 1 << "<>10" << 0 << QList<qint64>{0, 3, 5};
+        QTest::newRow("integer digits") << 1 << "0" << 0 << QList<qint64>{0, 2, 3, 4, 5};
+        QTest::newRow("real <") << 2 << "<0.5" << 0 << QList<qint64>{3};
+        QTest::newRow("real contains") << 2 << "25" << 0 << QList<qint64>{1};
+        QTest::newRow("blank filters nothing") << 0 << "  " << 0 << QList<qint64>{0, 1, 2, 3, 4, 5};
+        // NULL first, then values; equal values keep their order (stable)
+        QTest::newRow("integer asc") << 1 << "" << 1 << QList<qint64>{1, 2, 4, 3, 0, 5};
+        QTest::newRow("integer desc") << 1 << "" << -1 << QList<qint64>{5, 0, 3, 2, 4, 1};
+        QTest::newRow("real asc") << 2 << "" << 1 << QList<qint64>{2, 3, 0, 4, 1, 5};
+        QTest::newRow("text asc, bytes order") << 0 << "" << 1 << QList<qint64>{3, 2, 0, 4, 5, 1};
     }
-    void filter()
+    void filterAndSort()
     {
         QFETCH(int, column);
-        QFETCH(QString, text);
+        QFETCH(QString, filter);
+        QFETCH(int, sort);
         QFETCH(QList<qint64>, rows);
         auto table = sample();
         ResultView view;
         view.setTable(table.get());
-        view.setFilter(column, text);
+        if (sort != 0)
+            view.setSort(column, sort > 0);
+        else
+            view.setFilter(column, filter);
         view.rebuild();
         QCOMPARE(order(view), rows);
         QCOMPARE(view.dataRows(), rows.size());
-    }
-
-    void sort_data()
-    {
-        QTest::addColumn<int>("column");
-        QTest::addColumn<bool>("ascending");
-        QTest::addColumn<QList<qint64>>("rows");
-        // NULL first, then values; equal values keep their order (stable)
-        QTest::newRow("integer asc") << 1 << true << QList<qint64>{1, 2, 4, 3, 0, 5};
-        QTest::newRow("integer desc") << 1 << false << QList<qint64>{5, 0, 3, 2, 4, 1};
-        QTest::newRow("real asc") << 2 << true << QList<qint64>{2, 3, 0, 4, 1, 5};
-        QTest::newRow("text asc, bytes order") << 0 << true << QList<qint64>{3, 2, 0, 4, 5, 1};
-    }
-    void sort()
-    {
-        QFETCH(int, column);
-        QFETCH(bool, ascending);
-        QFETCH(QList<qint64>, rows);
-        auto table = sample();
-        ResultView view;
-        view.setTable(table.get());
-        view.setSort(column, ascending);
-        view.rebuild();
-        QCOMPARE(order(view), rows);
     }
 
     // The keyed sort of one column must give exactly the order of the general comparison, ties
