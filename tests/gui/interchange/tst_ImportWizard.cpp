@@ -1,11 +1,11 @@
-// The import wizard over a result of a SQLite table: its pages, captions and buttons, the preview
+// The import wizard over a result of a SQLite table: its pages and buttons, the preview
 // grid's layout, the sheet choice (quotes, unknown names), and imports that reach the database:
 // visible fields take consecutive sheet columns from column 2, an empty sheet imports nothing,
 // Cancel stops between rows. With VANTRY_IMPORT_SCREENSHOT set, the preview page is saved there.
+#include "MessageLog.h"
 #include "ResultPanelHarness.h"
 #include "XlsxSheets.h"
 #include "core/interchange/WorkbookReader.h"
-#include "gui/app/UserMessages.h"
 #include "gui/components/DBGridEh1.h"
 #include "gui/components/ResultGridModel.h"
 #include "gui/connections/FileNameEdit.h"
@@ -36,7 +36,8 @@ class TestImportWizard : public QObject
     std::unique_ptr<ResultPanelHarness> m_harness;
     ResultPanel *m_panel = nullptr;
     std::unique_ptr<TDatasetImportWizardFrm> m_wizard;
-    QStringList m_errors;
+    MessageLog m_messages;
+    QStringList &m_errors = m_messages.errors;
 
     void exec(const QString &sql)
     {
@@ -100,13 +101,11 @@ private slots:
         QVERIFY(writeXlsxSheets(m_book, {xlsxSheet(QStringLiteral("Cities"), cities),
                                          xlsxSheet(QStringLiteral("Sheet 2"), second),
                                          xlsxSheet(QStringLiteral("Empty"), QJsonArray())}));
-        UserMessages::setHandler([this](UserMessages::Kind, const QString &text) { m_errors << text; });
     }
-    void cleanupTestCase() { UserMessages::setHandler({}); }
 
     void init()
     {
-        m_errors.clear();
+        m_messages.clear();
         const QString file = m_dir.filePath(QStringLiteral("w.db"));
         QFile::remove(file);
         m_db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("w"));
@@ -132,30 +131,12 @@ private slots:
         QSqlDatabase::removeDatabase(QStringLiteral("w"));
     }
 
-    void pagesCaptionsAndButtons()
+    // Walking forward, Back, To Last Page and To Start Page move the page and the route map together.
+    void pageNavigation()
     {
-        QCOMPARE(m_wizard->windowTitle(), QString("Data Import Wizard"));
-        const QStringList buttons{"btnToStart", "btnToLast", "btnBack", "btnNext", "btnFinish", "btnCancel", "btnHelp"};
-        const QStringList captions{"To &Start Page", "To &Last Page", "< &Back", "&Next >", "&Finish", "Cancel", "&Help"};
-        for (int i = 0; i < buttons.size(); ++i)
-            QCOMPARE(child<QPushButton>(qPrintable(buttons[i]))->text(), captions[i]);
         auto *route = child<QListWidget>("RouteMapSteps");
-        QCOMPARE(route->count(), 4);
-        QCOMPARE(child<TFileNameEdit>("fe")->filter(), QString("Excel Files|*.xls;*.xlsx;*.xlsm;*.xlsb|All files (*.*)|*.*"));
-        QCOMPARE(child<QPushButton>("StartBtn")->text(), QString("Process Now"));
-        QCOMPARE(child<QLabel>("ProgressLbl")->text(), QString("Ready"));
-        QCOMPARE(child<QWidget>("WelcomeP")->findChild<QLabel *>()->text(),
-                 QString("Please click next to start using Data Import wizard"));
-
-        // Each page's title and subtitle as the user walks forward; Back and To Start Page return.
-        const QStringList titles{"Welcome to Data Import Wizard", "Source File", "Source Tables", "Ready to process"};
-        const QStringList subtitles{"", "Please Choose a Source File", " Select source sheet to load data from",
-                                    "  Click Process Now to start loading the data"};
         auto check = [&](int page) {
             QCOMPARE(m_wizard->currentPage(), page);
-            QCOMPARE(child<QLabel>("lbTitle")->text(), titles[page]);
-            if (page > 0)
-                QCOMPARE(child<QLabel>("lbSubtitle")->text(), subtitles[page]);
             QCOMPARE(route->currentRow(), page);
         };
         check(0);
@@ -169,7 +150,6 @@ private slots:
         check(3);
         QVERIFY(child<QPushButton>("btnFinish")->isEnabled());
         QVERIFY(!child<QPushButton>("btnNext")->isEnabled());
-        QCOMPARE(child<QProgressBar>("pb")->text(), QString("Progress...[0%]"));
         m_wizard->backClick();
         check(2);
         m_wizard->toLastClick();

@@ -89,44 +89,6 @@ private slots:
         }
     }
 
-    void themesChooseStylesAndComponentStyles_data()
-    {
-        QTest::addColumn<int>("theme");
-        QTest::addColumn<int>("style");
-        QTest::addColumn<QList<int>>("components");
-        QTest::newRow("0") << 0 << int(tsOffice2003Blue) << QList<int>{0, 0, 4, 0, 0};
-        QTest::newRow("1") << 1 << int(tsOffice2003Olive) << QList<int>{2, 2, 5, 2, 2};
-        QTest::newRow("3") << 3 << int(tsOffice2007Obsidian) << QList<int>{5, 5, 9, 5, 5};
-        QTest::newRow("7") << 7 << int(tsWindowsXP) << QList<int>{3, 6, 0, 6, 6};
-        QTest::newRow("9") << 9 << int(tsWindowsVista) << QList<int>{8, 10, 14, 10, 11};
-        QTest::newRow("11") << 11 << int(tsTerminal) << QList<int>{11, 12, 16, 12, 13};
-        QTest::newRow("6") << 6 << int(tsOffice2010Black) << QList<int>{14, 15, 19, 15, 16};
-    }
-    void themesChooseStylesAndComponentStyles()
-    {
-        QFETCH(int, theme);
-        QFETCH(int, style);
-        QFETCH(QList<int>, components);
-        TdmTools tools;
-        tools.SetTheme(theme);
-        QCOMPARE(tools.theme(), theme);
-        QCOMPARE(int(tools.appStyle()), style);
-        const ComponentStyles c = tools.componentStyles();
-        QCOMPARE((QList<int>{c.menu, c.pageControl, c.panel, c.statusBar, c.toolbar}), components);
-    }
-
-    // Styles without a row in the table keep the fallbacks.
-    void unlistedStylesKeepFallbacks()
-    {
-        const ComponentStyles fallback{6, 8, 12, 8, 8};
-        QVERIFY(AppStyles::componentStyles(tsOffice2003Classic) == fallback);
-        QVERIFY(AppStyles::componentStyles(tsCustom) == fallback);
-        TdmTools tools;
-        tools.setApplicationStyle(TdmTools::styleNames().indexOf(QStringLiteral("Office 2003 Silver")));
-        QCOMPARE(int(tools.appStyle()), int(tsOffice2003Silver));
-        QCOMPARE(tools.componentStyles().panel, 6);
-    }
-
     void themeTwelveKeepsStyleButReappliesComponents()
     {
         TdmTools tools;

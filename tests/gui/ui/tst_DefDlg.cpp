@@ -33,19 +33,12 @@ class tst_DefDlg : public QObject
     Q_OBJECT
 
 private slots:
-    void partsAreNamedAndTheTabIsHidden()
+    void tabAndEscButtonAreHiddenAndTheBorderFixed()
     {
         TDefDlgFrm dlg;
         dlg.setFreeOnClose(false);
         auto *pc = dlg.findChild<QTabWidget *>(QStringLiteral("pc"));
         QVERIFY(pc);
-        QCOMPARE(pc->count(), 1);
-        QCOMPARE(pc->widget(0), dlg.TabSheet1());
-        QCOMPARE(dlg.TabSheet1()->objectName(), QStringLiteral("TabSheet1"));
-        QVERIFY(dlg.findChild<QWidget *>(QStringLiteral("Panel6")));
-        QVERIFY(dlg.findChild<QWidget *>(QStringLiteral("JvImageSquare1")));
-        QCOMPARE(dlg.buttonPanel()->height(), 41);
-        QCOMPARE(dlg.placementPath(), QStringLiteral("DefDlgFrm\\"));
         dlg.show();
         QVERIFY(QTest::qWaitForWindowExposed(&dlg));
         QVERIFY(!pc->tabBar()->isVisible());
@@ -94,11 +87,9 @@ private slots:
         picker.setFreeOnClose(false);
         picker.show();
         QVERIFY(QTest::qWaitForWindowExposed(&picker));
-        QCOMPARE(picker.size(), QSize(337, 332));
         QVERIFY(picker.isSizeable());
         QVERIFY(picker.isSizeGripEnabled());
         QVERIFY(picker.minimumSize() != picker.maximumSize());
-        QCOMPARE(picker.placementPath(), QStringLiteral("SqlSelectFrm\\"));
         QVERIFY(!picker.imageSquare()->isVisible());
     }
 };

@@ -1,7 +1,6 @@
 // The text editor frame and the program-wide search and replace it shares with every editor.
 #include "GuiFixture.h"
-#include "gui/app/UserMessages.h"
-#include "gui/connections/DBConnectionDialogUn.h"
+#include "MessageLog.h"
 #include "gui/ui/EditorFiles.h"
 #include "gui/ui/TextEditorFrameUn.h"
 #include "gui/ui/TextSearch.h"
@@ -14,10 +13,6 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QMenu>
-#include <QPushButton>
-#include <QTabWidget>
-#include <QToolBar>
 #include <QToolButton>
 #include <QtTest>
 
@@ -92,40 +87,6 @@ private slots:
         TextSearch::setDialogRunner({});
         TextSearch::attachSettings(nullptr);
         EditorFiles::setFileDialog({});
-        UserMessages::setHandler({});
-    }
-
-    void toolbarAndMenuAsDesigned()
-    {
-        TTextEditorFrame frame;
-        auto *tb = frame.findChild<QToolBar *>(QStringLiteral("tb"));
-        QStringList shown, hidden;
-        for (QAction *a : tb->actions()) {
-            auto *b = qobject_cast<QToolButton *>(tb->widgetForAction(a));
-            (a->isVisible() ? shown : hidden) << b->objectName() + QLatin1Char('=') + b->toolTip();
-        }
-        QCOMPARE(shown, (QStringList{"tbOpen=Open File", "tbsave=Save File", "tbPrint=Print File",
-                                     "tbPrintPreview=Print Preview", "tbCut=Cut", "tbCopy=Copy", "tbPaste=Paste",
-                                     "tbUndo=Undo", "tbFind=Search", "tbFindNext=Repeat Search",
-                                     "tbFindPrevios=Find Previous", "tbReplace=Replace", "tbClear=Clear",
-                                     "rbRedo=Redo"}));
-        QCOMPARE(hidden, (QStringList{"tbRun=Run Script", "tbStopOnError=Stop on Error", "tbShowLog=Show Log",
-                                      "tbBuildSQL=SQL Builder", "tbCalc=", "tbEdit=Edit", "tbEmail=Email"}));
-        QVERIFY(frame.findChild<QToolButton *>(QStringLiteral("tbStopOnError"))->isChecked());
-
-        TConfirmReplaceDialog confirm;
-        QCOMPARE(confirm.windowTitle(), QStringLiteral("Confirm replace"));
-        QStringList buttons;
-        for (auto *b : confirm.findChildren<QPushButton *>())
-            buttons << b->text();
-        QCOMPARE(buttons, (QStringList{"&Yes", "&No", "Cancel", "Yes to &all"}));
-
-        QStringList menu;
-        for (QAction *a : frame.findChild<QMenu *>(QStringLiteral("pmSe"))->actions())
-            menu << (a->isSeparator() ? QStringLiteral("-") : a->text() + QLatin1Char(' ') + a->shortcut().toString());
-        QCOMPARE(menu, (QStringList{"Open ", "Save As ", "-", "Print ", "Print Preview ", "-", "Cut Ctrl+X",
-                                    "Copy Ctrl+C", "Paste Ctrl+V", "Undo Ctrl+Z", "Redo ", "-", "Search Ctrl+F",
-                                    "Repeat Search F3", "Replace Ctrl+R"}));
     }
 
     void editorOptions()
@@ -135,8 +96,6 @@ private slots:
         frame.resize(400, 300);
         frame.show();
         QVERIFY(QTest::qWaitForWindowExposed(&frame));
-        QCOMPARE(e->edgeColumn(), 500);
-        QVERIFY(!e->indentationsUseTabs());
         e->setText(QStringLiteral("a\nb\n"));
         QTRY_COMPARE(marginText(e, 1), QByteArray("0002"));  // line numbers with leading zeros
         // Numbering the lines does not keep the editor repainting.
@@ -254,19 +213,6 @@ private slots:
         QCOMPARE(e->text(), text);
     }
 
-    void printTitleIsTheTabPageCaption()
-    {
-        TTextEditorFrame plain;
-        QCOMPARE(plain.printTitle(), QString());
-
-        GuiFixture fx;
-        TDBConnectionDlgFrm dialog(fx.services());
-        QCOMPARE(dialog.c->printTitle(), QStringLiteral("Comments"));
-        QCOMPARE(dialog.c->objectName(), QStringLiteral("c"));
-        dialog.c->setPlainText(QStringLiteral("kept"));
-        QCOMPARE(dialog.c->toPlainText(), QStringLiteral("kept"));
-    }
-
     void saveThenOpenProposesTheSameNameAndLatin1RoundTrips()
     {
         TTextEditorFrame frame;
@@ -311,8 +257,8 @@ private slots:
     {
         TTextEditorFrame frame;
         frame.editor()->setText(QStringLiteral("typed"));
-        QStringList errors;
-        UserMessages::setHandler([&](UserMessages::Kind, const QString &text) { errors << text; });
+        MessageLog messages;
+        const QStringList &errors = messages.errors;
         QSignalSpy failed(frame.files(), &EditorFiles::failed);
         const QString missing = m_home->file(QStringLiteral("missing.sql"));
         frame.files()->openFile(missing);
