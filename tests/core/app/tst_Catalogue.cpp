@@ -1,14 +1,16 @@
 #include "TempHome.h"
-#include "ErrorOf.h"
 #include "core/base/LogonUser.h"
 #include "core/app/MdmUn.h"
 #include "core/app/SqlHistory.h"
 #include "core/base/VantryError.h"
 
 #include <QCryptographicHash>
+#include <QProcess>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QtTest>
+
+#include <set>
 
 namespace {
 
@@ -27,6 +29,16 @@ qint64 idGeneratorValue(TMdm &mdm, int idType)
     return q.value(0).toLongLong();
 }
 
+// Child mode: take `count` connection ids from the catalogue and print them, one per line.
+int takeIds(const QString &file, int count)
+{
+    TMdm mdm(file);
+    QTextStream out(stdout);
+    for (int i = 0; i < count; ++i)
+        out << mdm.GetID(1) << '\n';
+    return 0;
+}
+
 } // namespace
 
 class tst_Catalogue : public QObject
@@ -34,6 +46,24 @@ class tst_Catalogue : public QObject
     Q_OBJECT
 
 private slots:
+    void newCatalogueHasTablesAndGenerators()
+    {
+        TempHome home;
+        const QString file = home.file(QStringLiteral("db.sqlite"));
+        TMdm mdm(file);
+        QVERIFY(QFile::exists(file));
+        // The one stored connection of a new catalogue points at the sample database beside it.
+        const QList<ConnectionRow> rows = mdm.connections();
+        QCOMPARE(rows.size(), 1);
+        QCOMPARE(rows[0].connectionName, QStringLiteral("Sample (SQLite)"));
+        QCOMPARE(rows[0].connectionId, 1);
+        QCOMPARE(rows[0].connectionType, 349);
+        QVERIFY(QFile::exists(home.file(QStringLiteral("sample.sqlite"))));
+        QCOMPARE(idGeneratorValue(mdm, 1), 1);
+        QCOMPARE(idGeneratorValue(mdm, 10), 0);
+        QVERIFY(mdm.history().isEmpty());
+    }
+
     void brokenCatalogueIsRefusedAndKept_data()
     {
         QTest::addColumn<QByteArray>("setup");
@@ -66,9 +96,13 @@ private slots:
             QVERIFY2(q.exec(QString::fromLatin1(setup)), qPrintable(q.lastError().text()));
         }
         const QByteArray before = fileHash(file);
-        const QString error = errorOf([&] { TMdm broken(file); });
-        QVERIFY2(error.contains(expected), qPrintable(error));
-        QVERIFY2(error.contains(file), "the error must name the file");
+        try {
+            TMdm broken(file);
+            QFAIL("a broken catalogue was accepted");
+        } catch (const VantryError &e) {
+            QVERIFY2(e.message().contains(expected), qPrintable(e.message()));
+            QVERIFY2(e.message().contains(file), "the error must name the file");
+        }
         QCOMPARE(fileHash(file), before);
     }
 
@@ -76,13 +110,6 @@ private slots:
     {
         TempHome home;
         TMdm mdm(home.file(QStringLiteral("db.sqlite")));
-        // A new catalogue holds one connection, to the sample database beside it, with id 1.
-        const QList<ConnectionRow> rows = mdm.connections();
-        QCOMPARE(rows.size(), 1);
-        QCOMPARE(rows[0].connectionId, 1);
-        QCOMPARE(rows[0].connectionType, 349);
-        QVERIFY(QFile::exists(home.file(QStringLiteral("sample.sqlite"))));
-        QVERIFY(mdm.history().isEmpty());
         mdm.GetID(1);  // the sample took 1, this call 2: the next row must get 3
         ConnectionRow row;
         row.connectionName = QStringLiteral("first");
@@ -149,7 +176,45 @@ private slots:
         TMdm reopened(mdm.fileName());
         QVERIFY(reopened.history().isEmpty());
     }
+
+    void twoProcessesNeverShareAnId()
+    {
+        TempHome home;
+        const QString file = home.file(QStringLiteral("db.sqlite"));
+        { TMdm create(file); }
+        const int perProcess = 500;
+        QProcess a, b;
+        const QStringList args{QStringLiteral("--take-ids"), file, QString::number(perProcess)};
+        a.start(QCoreApplication::applicationFilePath(), args);
+        b.start(QCoreApplication::applicationFilePath(), args);
+        QVERIFY(a.waitForFinished(120000) && b.waitForFinished(120000));
+        QCOMPARE(a.exitCode(), 0);
+        QCOMPARE(b.exitCode(), 0);
+        std::set<int> ids;
+        int total = 0;
+        for (QProcess *p : {&a, &b}) {
+            const QList<QByteArray> lines = p->readAllStandardOutput().split('\n');
+            for (const QByteArray &line : lines) {
+                if (line.isEmpty())
+                    continue;
+                ids.insert(line.toInt());
+                ++total;
+            }
+        }
+        QCOMPARE(total, 2 * perProcess);
+        QCOMPARE(int(ids.size()), 2 * perProcess);
+        QCOMPARE(*ids.begin(), 2);  // 1 went to the sample connection
+        QCOMPARE(*ids.rbegin(), 2 * perProcess + 1);
+    }
 };
 
-QTEST_GUILESS_MAIN(tst_Catalogue)
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    if (argc == 4 && QByteArray(argv[1]) == "--take-ids")
+        return takeIds(QString::fromLocal8Bit(argv[2]), QByteArray(argv[3]).toInt());
+    tst_Catalogue test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "tst_Catalogue.moc"
